@@ -1,0 +1,79 @@
+#include "zephyr/runtime/popup_class.h"
+
+#include "zephyr/support/debug_log.h"
+#include "zephyr/support/errors.h"
+#include "zephyr/support/text.h"
+
+namespace zephyr {
+
+namespace {
+constexpr const char* kModule = "PopupClass";
+}  // namespace
+
+PopupClass::PopupClass() = default;
+
+PopupClass::~PopupClass() {
+  values_.reset();
+  levels_.reset();
+  selected_weak_.reset();
+  selected_strong_.reset();
+  fields_.reset();
+  items_.reset();
+  DebugLog(kModule, "Class Terminate", "Popup Class Terminated");
+}
+
+Variant PopupClass::Values(int32_t Col, int32_t Row) const {
+  const VariantArray* table = table_values_.AsArray();
+  if (!table) throw RuntimeError(RuntimeErrorCode::kTypeMismatch, "no table values were read");
+  return table->At(Col, Row);
+}
+
+int32_t PopupClass::RowCount() const {
+  const VariantArray* table = table_values_.AsArray();
+  return table && table->Dimensions() == 2 ? table->UBound(2) : 0;
+}
+
+std::shared_ptr<PopupValues> PopupClass::PopupValues() {
+  if (!values_) values_ = std::make_shared<zephyr::PopupValues>();
+  return values_;
+}
+
+std::shared_ptr<PopupLevels> PopupClass::PopupLevels() {
+  if (!levels_) levels_ = std::make_shared<zephyr::PopupLevels>();
+  return levels_;
+}
+
+std::shared_ptr<PopupFields> PopupClass::PopupFields() {
+  if (!fields_) fields_ = std::make_shared<zephyr::PopupFields>();
+  return fields_;
+}
+
+std::shared_ptr<PopupItems> PopupClass::PopupItems() {
+  if (!items_) items_ = std::make_shared<zephyr::PopupItems>();
+  return items_;
+}
+
+void PopupClass::Title(std::string_view title) { title_ = std::string(Trim(title)); }
+
+void PopupClass::DataSource(std::string name) {
+  data_source_ = std::move(name);
+  data_file_name_ = data_source_ + ".ZPD";
+  template_file_name_ = data_source_ + ".ZPT";
+  DebugLog(kModule, "Let DataSource", "Datasource set to: " + data_source_);
+}
+
+void PopupClass::SetSelectedItem(std::string_view Key) {
+  selected_strong_.reset();
+  selected_weak_ = FindItemByIdentity(TextToInt32(Key));
+}
+
+std::shared_ptr<PopupItem> PopupClass::SelectedItem() const {
+  return selected_strong_ ? selected_strong_ : selected_weak_.lock();
+}
+
+void PopupClass::SelectedItem(std::shared_ptr<PopupItem> item) {
+  selected_weak_.reset();
+  selected_strong_ = std::move(item);
+}
+
+}  // namespace zephyr
