@@ -1,0 +1,102 @@
+#include "zephyr/runtime/popup_class.h"
+
+#include <gtest/gtest.h>
+
+namespace zephyr {
+namespace {
+
+template <typename Body>
+int32_t ErrorNumberOf(Body body) {
+  try {
+    body();
+  } catch (const Error& error) {
+    return error.Number();
+  }
+  return 0;
+}
+
+TEST(PopupClassTest, DataSourceNamesTheFiles) {
+  PopupClass popup;
+  EXPECT_EQ(popup.DataFileName(), "");
+  EXPECT_EQ(popup.WorkFileName(), "");
+  popup.DataSource("Products");
+  EXPECT_EQ(popup.DataSource(), "Products");
+  EXPECT_EQ(popup.DataFileName(), "Products.ZPD");
+  EXPECT_EQ(popup.TemplateFileName(), "Products.ZPT");
+  popup.DataSource(" odd name ");  // stored as given
+  EXPECT_EQ(popup.DataFileName(), " odd name .ZPD");
+}
+
+TEST(PopupClassTest, TitleIsTrimmedOfBlanksOnly) {
+  PopupClass popup;
+  popup.Title("  Fruit \t ");
+  EXPECT_EQ(popup.Title(), "Fruit \t");
+}
+
+TEST(PopupClassTest, CollectionsAreCreatedOnReadAndCanBeReplaced) {
+  PopupClass popup;
+  auto items = popup.PopupItems();
+  EXPECT_EQ(popup.PopupItems(), items);
+  auto replacement = std::make_shared<PopupItems>();
+  popup.PopupItems(replacement);
+  EXPECT_EQ(popup.PopupItems(), replacement);
+  EXPECT_NE(popup.PopupLevels(), nullptr);
+  EXPECT_NE(popup.PopupFields(), nullptr);
+  EXPECT_NE(popup.PopupValues(), nullptr);
+}
+
+TEST(PopupClassTest, NoTableValuesBeforeAnyDataWasRead) {
+  PopupClass popup;
+  EXPECT_EQ(popup.RowCount(), 0);
+  EXPECT_EQ(ErrorNumberOf([&] { popup.Values(1, 1); }), 13);
+}
+
+TEST(PopupClassTest, SetSelectedItemTakesTheDecimalIdentityOfALiveItem) {
+  PopupClass popup;
+  auto item = popup.PopupItems()->Add("  01");
+  popup.SetSelectedItem(std::to_string(item->Identity()));
+  EXPECT_EQ(popup.SelectedItem(), item);
+
+  popup.SetSelectedItem(" " + std::to_string(item->Identity()) + ".4 ");  // rounded
+  EXPECT_EQ(popup.SelectedItem(), item);
+
+  popup.SetSelectedItem("0");
+  EXPECT_EQ(popup.SelectedItem(), nullptr);
+  EXPECT_EQ(ErrorNumberOf([&] { popup.SetSelectedItem("not a number"); }), 13);
+}
+
+TEST(PopupClassTest, WeakSelectionDoesNotKeepAnItemAlive) {
+  PopupClass popup;
+  auto item = PopupItem::Create();
+  std::string identity = std::to_string(item->Identity());
+  popup.SetSelectedItem(identity);
+  item.reset();
+  EXPECT_EQ(popup.SelectedItem(), nullptr);
+  popup.SetSelectedItem(identity);  // a stale identity selects nothing
+  EXPECT_EQ(popup.SelectedItem(), nullptr);
+
+  auto kept = PopupItem::Create();
+  std::weak_ptr<PopupItem> watch = kept;
+  popup.SelectedItem(kept);
+  kept.reset();
+  EXPECT_FALSE(watch.expired());
+  EXPECT_NE(popup.SelectedItem(), nullptr);
+}
+
+TEST(PopupClassTest, DiscardingAPopupFreesItsWholeTree) {
+  std::weak_ptr<PopupItem> leaf;
+  {
+    PopupClass popup;
+    auto top = popup.PopupItems()->Add("    01");
+    auto middle = top->Children()->Add("01  01");
+    middle->Parent(top);
+    auto bottom = middle->Children()->Add("010101");
+    bottom->Parent(middle);
+    leaf = bottom;
+    popup.SetSelectedItem(std::to_string(bottom->Identity()));
+  }
+  EXPECT_TRUE(leaf.expired());
+}
+
+}  // namespace
+}  // namespace zephyr

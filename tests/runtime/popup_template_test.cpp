@@ -1,0 +1,208 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdio>
+
+#include "helpers/temp_dir.h"
+#include "zephyr/runtime/popup_class.h"
+#include "zephyr/support/codepage.h"
+
+namespace zephyr {
+namespace {
+
+using testing::ReadBytes;
+using testing::TempDir;
+using testing::WriteBytes;
+
+struct FieldSpec {
+  std::string name;
+  int16_t length;
+};
+
+class PopupTemplateTest : public ::testing::Test {
+ protected:
+  // A popup named "P" in the temporary folder with the given design.
+  std::unique_ptr<PopupClass> MakePopup(const std::string& title,
+                                        const std::vector<std::string>& questions,
+                                        const std::vector<FieldSpec>& fields) {
+    auto popup = std::make_unique<PopupClass>();
+    popup->PopupPath(dir_.Path());
+    popup->DataSource("P");
+    popup->Title(title);
+    int32_t i = 1;
+    for (const auto& question : questions) popup->PopupLevels()->Add(Variant(question), i++);
+    popup->PopupFields()->Add("Popup Code", static_cast<int16_t>(2 * questions.size()), 0, 0);
+    i = 1;
+    for (const auto& field : fields) {
+      popup->PopupFields()->Add(field.name, field.length, static_cast<int16_t>(i++), 99);
+    }
+    return popup;
+  }
+
+  // Writes the popup's template and puts the work file in the template's place.
+  std::string WriteAndInstall(PopupClass& popup) {
+    popup.WriteTemplate();
+    std::string bytes = ReadBytes(dir_.File("P.bpt"));
+    std::rename(dir_.File("P.bpt").c_str(), dir_.File("P.ZPT").c_str());
+    return bytes;
+  }
+
+  std::unique_ptr<PopupClass> Load() {
+    auto popup = std::make_unique<PopupClass>();
+    popup->PopupPath(dir_.Path());
+    popup->DataSource("P");
+    popup->LoadTemplate();
+    return popup;
+  }
+
+  // Loads a template with these bytes and returns the error it raises.
+  RuntimeError LoadFailure(const std::string& bytes, PopupClass* popup = nullptr) {
+    WriteBytes(dir_.File("P.ZPT"), bytes);
+    PopupClass local;
+    PopupClass& target = popup ? *popup : local;
+    target.PopupPath(dir_.Path());
+    target.DataSource("P");
+    try {
+      target.LoadTemplate();
+    } catch (const RuntimeError& error) {
+      return error;
+    }
+    ADD_FAILURE() << "the template loaded";
+    return RuntimeError(RuntimeErrorCode::kInvalidArgument);
+  }
+
+  TempDir dir_;
+};
+
+TEST_F(PopupTemplateTest, WritesTheExactBytesAndReadsThemBack) {
+  auto popup = MakePopup("Fruit and Veg", {"Category", "Item"}, {{"Description", 20}});
+  EXPECT_EQ(WriteAndInstall(*popup),
+            "\"Fruit and Veg\"\r\n2\r\n2,\"Category\"\r\n2,\"Item\"\r\n1\r\n5,20,\"Description\"\r\n");
+
+  auto loaded = Load();
+  EXPECT_EQ(loaded->Title(), "Fruit and Veg");
+  EXPECT_EQ(loaded->Levels(), 2);
+  ASSERT_EQ(loaded->PopupLevels()->Count(), 2);
+  EXPECT_EQ(loaded->PopupLevels()->Item(2)->Question().ToText(), "Item");
+  EXPECT_EQ(loaded->PopupLevels()->Item(2)->IntialIndex(), 2);
+  auto fields = loaded->PopupFields();
+  ASSERT_EQ(fields->Count(), 2);
+  EXPECT_EQ(fields->Item(1)->Name(), "Popup Code");
+  EXPECT_EQ(fields->Item(1)->FieldLength(), 4);
+  EXPECT_EQ(fields->Item(1)->StartCharPos(), 0);
+  EXPECT_EQ(fields->Item(2)->Name(), "Description");
+  EXPECT_EQ(fields->Item(2)->FieldLength(), 20);
+  EXPECT_EQ(fields->Item(2)->InitialIndex(), 1);
+  EXPECT_EQ(fields->Item(2)->StartCharPos(), 5);
+}
+
+TEST_F(PopupTemplateTest, StartPositionsAreComputedNotCopied) {
+  auto popup = MakePopup("T", {"A", "B", "C"}, {{"One", 10}, {"Two", 3}, {"Three", 1}});
+  std::string bytes = WriteAndInstall(*popup);
+  EXPECT_NE(bytes.find("7,10,\"One\"\r\n17,3,\"Two\"\r\n20,1,\"Three\"\r\n"), std::string::npos);
+  auto loaded = Load();
+  EXPECT_EQ(loaded->PopupFields()->Item(4)->StartCharPos(), 20);
+}
+
+TEST_F(PopupTemplateTest, NoCompanionFieldsLeavesOnlyTheKeyField) {
+  auto popup = MakePopup("Codes", {"Code"}, {});
+  EXPECT_EQ(WriteAndInstall(*popup), "\"Codes\"\r\n1\r\n2,\"Code\"\r\n0\r\n");
+  auto loaded = Load();
+  ASSERT_EQ(loaded->PopupFields()->Count(), 1);
+  EXPECT_EQ(loaded->PopupFields()->Item(1)->FieldLength(), 2);
+}
+
+TEST_F(PopupTemplateTest, ACommaInATitleCutsItOnTheNextLoad) {
+  auto popup = MakePopup("Fruit, Veg", {"Kind"}, {});
+  WriteAndInstall(*popup);
+  EXPECT_EQ(Load()->Title(), "\"Fruit");
+}
+
+TEST_F(PopupTemplateTest, TabSeparatedLinesKeepTheirCommas) {
+  WriteBytes(dir_.File("P.ZPT"),
+             "\"Sizes, colours\"\t\r\n1\r\n2\t\"Size, then colour\"\r\n1\r\n3\t8\t\"Name, short\"\r\n");
+  auto loaded = Load();
+  EXPECT_EQ(loaded->Title(), "Sizes, colours");
+  EXPECT_EQ(loaded->PopupLevels()->Item(1)->Question().ToText(), "Size, then colour");
+  EXPECT_EQ(loaded->PopupFields()->Item(2)->Name(), "Name, short");
+  EXPECT_EQ(loaded->PopupFields()->Item(2)->FieldLength(), 8);
+}
+
+TEST_F(PopupTemplateTest, TextIsStoredInTheCodePage) {
+  auto popup = MakePopup("Café €", {"Größe"}, {{"Naïve ł", 5}});
+  std::string bytes = WriteAndInstall(*popup);
+  EXPECT_EQ(bytes.substr(0, 10), "\"Caf\xE9 \x80\"\r\n");
+  EXPECT_NE(bytes.find("\"Gr\xF6\xDF" "e\""), std::string::npos);
+  EXPECT_NE(bytes.find("\"Na\xEFve ?\""), std::string::npos);  // no "ł" in Windows-1252
+  auto loaded = Load();
+  EXPECT_EQ(loaded->Title(), "Café €");
+  EXPECT_EQ(loaded->PopupFields()->Item(2)->Name(), "Naïve ?");
+
+  SetActiveCodePage("CP1250");
+  auto central = MakePopup("ł", {"Q"}, {});
+  EXPECT_EQ(WriteAndInstall(*central).substr(0, 5), "\"\xB3\"\r\n");
+  EXPECT_EQ(Load()->Title(), "ł");
+  SetActiveCodePage("WINDOWS-1252");
+}
+
+TEST_F(PopupTemplateTest, WriteReplacesAStaleWorkFileAndIgnoresAnUncreatableOne) {
+  WriteBytes(dir_.File("P.bpt"), std::string(500, 'x'));
+  auto popup = MakePopup("T", {"Q"}, {});
+  EXPECT_EQ(WriteAndInstall(*popup), "\"T\"\r\n1\r\n2,\"Q\"\r\n0\r\n");
+
+  popup->PopupPath(dir_.File("no/such/folder"));
+  EXPECT_NO_THROW(popup->WriteTemplate());
+  struct stat info;
+  EXPECT_NE(::stat(dir_.File("no/such/folder/P.bpt").c_str(), &info), 0);
+}
+
+TEST_F(PopupTemplateTest, AMissingTemplateIsAnInvalidArgumentNamingTheFile) {
+  PopupClass popup;
+  popup.PopupPath(dir_.Path());
+  popup.DataSource("Absent");
+  try {
+    popup.LoadTemplate();
+    FAIL() << "expected an error";
+  } catch (const RuntimeError& error) {
+    EXPECT_EQ(error.Number(), 5);
+    EXPECT_NE(error.Description().find(dir_.File("Absent.ZPT")), std::string::npos);
+  }
+}
+
+TEST_F(PopupTemplateTest, MalformedTemplatesFailWithTheLineThatFailed) {
+  RuntimeError short_file = LoadFailure("\"T\"\r\n3\r\n2,\"A\"\r\n2,\"B\"\r\n");
+  EXPECT_EQ(short_file.Number(), 9);
+  EXPECT_NE(short_file.Description().find("before line 5"), std::string::npos);
+  EXPECT_NE(short_file.Description().find("P.ZPT"), std::string::npos);
+
+  RuntimeError bad_count = LoadFailure("\"T\"\r\nthree\r\n");
+  EXPECT_EQ(bad_count.Number(), 13);
+  EXPECT_NE(bad_count.Description().find("line 2 of template"), std::string::npos);
+
+  RuntimeError huge_count = LoadFailure("\"T\"\r\n1\r\n2,\"A\"\r\n99999\r\n");
+  EXPECT_EQ(huge_count.Number(), 6);
+  EXPECT_NE(huge_count.Description().find("line 4"), std::string::npos);
+
+  RuntimeError missing_element = LoadFailure("\"T\"\r\n1\r\n\"A\"\r\n0\r\n");
+  EXPECT_EQ(missing_element.Number(), 9);
+  EXPECT_NE(missing_element.Description().find("line 3"), std::string::npos);
+
+  EXPECT_EQ(LoadFailure("").Number(), 9);
+  EXPECT_EQ(LoadFailure("\"T\"\n1\n2,\"A\"\n0\n").Number(), 9);  // lines end in CR LF only
+}
+
+TEST_F(PopupTemplateTest, AFailedLoadKeepsWhatWasAddedSoFar) {
+  PopupClass popup;
+  LoadFailure("\"T\"\r\n2\r\n2,\"A\"\r\n2,\"B\"\r\n2\r\n5,4,\"F\"\r\n9,x,\"G\"\r\n", &popup);
+  EXPECT_EQ(popup.Title(), "T");
+  EXPECT_EQ(popup.PopupLevels()->Count(), 2);
+  EXPECT_EQ(popup.PopupFields()->Count(), 2);  // the key field and F
+}
+
+TEST_F(PopupTemplateTest, ALastLineWithoutItsLineEndStillCounts) {
+  WriteBytes(dir_.File("P.ZPT"), "\"T\"\r\n1\r\n2,\"A\"\r\n0");
+  EXPECT_EQ(Load()->PopupLevels()->Count(), 1);
+}
+
+}  // namespace
+}  // namespace zephyr
