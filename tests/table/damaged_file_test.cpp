@@ -1,0 +1,138 @@
+// Tables that promise more than the file holds must fail with an error that
+// names the file, never crash, hang or return garbage.
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "helpers/temp_dir.h"
+#include "table_test_util.h"
+#include "zephyr/support/errors.h"
+#include "zephyr/table/dbase.h"
+
+namespace zephyr {
+namespace {
+
+using testing::ReadBytes;
+using testing::TempDir;
+using testing::WriteBytes;
+
+class DamagedFileTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    path_ = dir_.File("x.zpd");
+    testing::CreateTable(path_, {{"K", "C", 2}, {"V", "C", 3}},
+                         {{"01", "a"}, {"02", "b"}, {"03", "c"}, {"04", "d"}, {"05", "e"},
+                          {"06", "f"}});
+    good_ = ReadBytes(path_);
+  }
+
+  // The description of the RuntimeError that f raises.
+  template <typename F>
+  std::string RuntimeErrorOf(F&& f) {
+    try {
+      f();
+    } catch (const RuntimeError& error) {
+      return error.Description();
+    }
+    ADD_FAILURE() << "no RuntimeError";
+    return "";
+  }
+
+  TempDir dir_;
+  std::string path_;
+  std::string good_;  // 97 header bytes, six records of 6 bytes, 0x1A
+};
+
+TEST_F(DamagedFileTest, MoreRecordsPromisedThanHeld) {
+  std::string bytes = good_;
+  testing::PutLe32(&bytes, 4, 10);
+  WriteBytes(path_, bytes);
+  dBase table;
+  table.OpenFile(path_);
+  EXPECT_NE(RuntimeErrorOf([&] { table.GetTableValues(); })
+                .find("record 7 of '" + path_ + "' lies beyond the end of the file"),
+            std::string::npos);
+  table.GetRecord(6);
+  EXPECT_EQ(table.Value(1), Variant("06"));
+  EXPECT_NE(RuntimeErrorOf([&] { table.GetRecord(7); }).find("record 7 of '" + path_ + "'"),
+            std::string::npos);
+  EXPECT_EQ(table.RecordNo(), 0);
+}
+
+TEST_F(DamagedFileTest, LastRecordCutShort) {
+  WriteBytes(path_, good_.substr(0, good_.size() - 3));
+  dBase table;
+  table.OpenFile(path_);
+  EXPECT_NE(RuntimeErrorOf([&] { table.GetTableValues(); }).find("record 6 of"),
+            std::string::npos);
+}
+
+TEST_F(DamagedFileTest, HugeCountWithRecordLengthZero) {
+  std::string bytes = good_;
+  testing::PutLe32(&bytes, 4, 0xFFFFFFFF);
+  testing::PutLe16(&bytes, 10, 0);
+  WriteBytes(path_, bytes);
+  dBase table;
+  table.OpenFile(path_);
+  EXPECT_NE(RuntimeErrorOf([&] { table.GetTableValues(); }).find(path_), std::string::npos);
+}
+
+TEST_F(DamagedFileTest, HeaderLengthBeyondTheFile) {
+  std::string bytes = good_.substr(0, 97);
+  testing::PutLe16(&bytes, 8, 8456);  // 263 descriptors, the file holds 2
+  WriteBytes(path_, bytes);
+  dBase table;
+  std::string error = RuntimeErrorOf([&] { table.OpenFile(path_); });
+  EXPECT_NE(error.find("field descriptor 3 of '" + path_ + "' is cut short"), std::string::npos)
+      << error;
+  EXPECT_FALSE(table.FileExists());
+}
+
+TEST_F(DamagedFileTest, FileCutInADescriptorOrTheHeader) {
+  WriteBytes(path_, good_.substr(0, 50));
+  dBase table;
+  EXPECT_NE(RuntimeErrorOf([&] { table.OpenFile(path_); }).find("field descriptor 1"),
+            std::string::npos);
+  WriteBytes(path_, good_.substr(0, 20));
+  EXPECT_NE(RuntimeErrorOf([&] { table.OpenFile(path_); }).find("header of '" + path_),
+            std::string::npos);
+  EXPECT_FALSE(table.FileExists());
+}
+
+TEST_F(DamagedFileTest, RecordLengthShorterThanTheColumns) {
+  std::string bytes = good_;
+  testing::PutLe16(&bytes, 10, 4);  // columns need 6 bytes
+  WriteBytes(path_, bytes);
+  dBase table;
+  table.OpenFile(path_);
+  Variant values = table.GetTableValues();
+  ASSERT_TRUE(values.IsArray());
+  // Records are 4 bytes apart now; values are cut at the record's end.
+  EXPECT_EQ(values.AsArray()->At(1, 1), Variant("01"));
+  EXPECT_EQ(values.AsArray()->At(2, 1), Variant("a"));
+}
+
+TEST_F(DamagedFileTest, RandomDamageNeverEscapesAsAnythingButAnError) {
+  std::mt19937 random(7);
+  for (int round = 0; round < 3000; ++round) {
+    std::string bytes = good_;
+    int edits = 1 + static_cast<int>(random() % 6);
+    for (int e = 0; e < edits; ++e) {
+      size_t at = random() % (round % 2 ? 32 : bytes.size());
+      bytes[at] = static_cast<char>(random());
+    }
+    if (round % 5 == 0) bytes.resize(random() % bytes.size());
+    WriteBytes(path_, bytes);
+    dBase table;
+    try {
+      table.OpenFile(path_);
+      Variant values = table.GetTableValues();
+      if (values.IsArray()) table.SortTableValues(values, 1, round % 3 == 0);
+      table.GetRecord(static_cast<int32_t>(random() % 8));
+    } catch (const Error&) {
+    }
+  }
+}
+
+}  // namespace
+}  // namespace zephyr

@@ -1,0 +1,338 @@
+#include <gtest/gtest.h>
+
+#include <random>
+#include <set>
+
+#include "helpers/temp_dir.h"
+#include "table_test_util.h"
+#include "zephyr/support/codepage.h"
+#include "zephyr/support/errors.h"
+#include "zephyr/table/collation.h"
+#include "zephyr/table/dbase.h"
+
+namespace zephyr {
+namespace {
+
+using testing::ReadBytes;
+using testing::Rows;
+using testing::TempDir;
+
+Variant MakeArray(const Rows& rows) {
+  VariantArray array = VariantArray::Table(static_cast<int32_t>(rows[0].size()),
+                                           static_cast<int32_t>(rows.size()));
+  for (size_t r = 0; r < rows.size(); ++r) {
+    for (size_t c = 0; c < rows[r].size(); ++c) {
+      array.At(static_cast<int32_t>(c + 1), static_cast<int32_t>(r + 1)) = Variant(rows[r][c]);
+    }
+  }
+  return Variant(std::move(array));
+}
+
+int32_t SortError(Variant values, int32_t column) {
+  dBase table;
+  try {
+    table.SortTableValues(values, column, false);
+  } catch (const AutomationError& error) {
+    EXPECT_EQ(error.Source(), "dBase Class");
+    return error.Number() - kObjectErrorBase;
+  }
+  return 0;
+}
+
+// The sort exactly as the table array has always been sorted: the halving-gap
+// Shell sort over the Variant array, comparing texts on the fly.
+void ReferenceShellSort(VariantArray* array, int32_t column, bool descending) {
+  const CodePageCollation& collation = CodePageCollation::Active();
+  auto text = [&](int32_t row) {
+    std::string bytes = ToCodePage(array->At(column, row).ToText());
+    if (descending) {
+      for (char& c : bytes) c = static_cast<char>(255 - static_cast<unsigned char>(c));
+    }
+    return bytes;
+  };
+  int32_t n = array->UBound(2);
+  for (int32_t gap = n / 2; gap > 0; gap /= 2) {
+    for (int32_t i = gap; i <= n - 1; ++i) {
+      for (int32_t j = i - gap + 1; j >= 1; j -= gap) {
+        if (collation.Compare(text(j), text(j + gap)) <= 0) break;
+        for (int32_t c = 1; c <= array->UBound(1); ++c) {
+          std::swap(array->At(c, j), array->At(c, j + gap));
+        }
+      }
+    }
+  }
+}
+
+TEST(GetTableValuesTest, LiveRecordsInFileOrderWithUntrimmedText) {
+  TempDir dir;
+  std::string path = dir.File("t.zpd");
+  testing::CreateTable(path, {{"K", "C", 4}, {"N", "N", 3}, {"V", "C", 3}},
+                       {{"01", "", "a"}, {"02", "", "b"}, {"03", "", "c"}, {"04", "", "d"},
+                        {"05", "", "e"}});
+  dBase writer;
+  writer.OpenMode(dBase::kReadWrite);
+  writer.OpenFile(path);
+  for (int32_t rec_no : {2, 4}) {
+    writer.GetRecord(rec_no);
+    writer.Deleted(true);
+    writer.PutRecord(rec_no);
+  }
+  writer.CloseFile();
+
+  dBase table;
+  table.OpenFile(path);
+  Variant values = table.GetTableValues();
+  const VariantArray* array = values.AsArray();
+  ASSERT_NE(array, nullptr);
+  EXPECT_EQ(array->LBound(1), 1);
+  EXPECT_EQ(array->UBound(1), 3);
+  EXPECT_EQ(array->LBound(2), 1);
+  EXPECT_EQ(array->UBound(2), 3);
+  EXPECT_EQ(testing::ArrayRows(values),
+            (Rows{{"01  ", "", "a  "}, {"03  ", "", "c  "}, {"05  ", "", "e  "}}));
+  EXPECT_TRUE(array->At(2, 1).IsEmpty());
+  EXPECT_EQ(table.RecordNo(), 5);
+}
+
+TEST(GetTableValuesTest, EmptyVariantWhenClosedOrEmpty) {
+  TempDir dir;
+  std::string path = dir.File("t.zpd");
+  testing::CreateTable(path, {{"K", "C", 2}}, {});
+  dBase table;
+  EXPECT_TRUE(table.GetTableValues().IsEmpty());
+  table.OpenFile(path);
+  EXPECT_TRUE(table.GetTableValues().IsEmpty());
+}
+
+TEST(GetTableValuesTest, AllRecordsDeletedIsSubscriptOutOfRange) {
+  TempDir dir;
+  std::string path = dir.File("t.zpd");
+  testing::CreateTable(path, {{"K", "C", 2}}, {{"01"}});
+  std::string bytes = ReadBytes(path);
+  bytes[65] = '*';
+  testing::WriteBytes(path, bytes);
+  dBase table;
+  table.OpenFile(path);
+  try {
+    table.GetTableValues();
+    FAIL() << "no error";
+  } catch (const RuntimeError& error) {
+    EXPECT_EQ(error.Code(), RuntimeErrorCode::kSubscriptOutOfRange);
+  }
+}
+
+TEST(GetTableValuesTest, SeesRecordsAppendedAfterOpening) {
+  TempDir dir;
+  std::string path = dir.File("t.zpd");
+  testing::CreateTable(path, {{"K", "C", 2}}, {{"01"}});
+  dBase reader;
+  reader.OpenFile(path);
+  EXPECT_EQ(reader.RecordCount(), Variant(int32_t{1}));
+  dBase writer;
+  writer.OpenMode(dBase::kReadWrite);
+  writer.OpenFile(path);
+  writer.InitRecord();
+  writer.Value(1, "02");
+  writer.PutRecord(0);
+  EXPECT_EQ(testing::ArrayRows(reader.GetTableValues()), (Rows{{"01"}, {"02"}}));
+  EXPECT_EQ(reader.RecordCount(), Variant(int32_t{2}));
+}
+
+TEST(SortTableValuesTest, ChecksInOrder) {
+  EXPECT_EQ(SortError(Variant("text"), 1), 516);
+  EXPECT_EQ(SortError(Variant(VariantArray({1, 0}, {1, 3})), 1), 516);
+  EXPECT_EQ(SortError(Variant(VariantArray({1, 2}, {1, 0})), 1), 517);
+  EXPECT_EQ(SortError(Variant(VariantArray({1, 2})), 1), 517);
+  EXPECT_EQ(SortError(Variant(VariantArray({0, 2}, {1, 2})), 1), 518);
+  EXPECT_EQ(SortError(Variant(VariantArray({1, 2}, {0, 2})), 1), 519);
+  EXPECT_EQ(SortError(Variant(VariantArray({1, 2}, {1, 2})), 0), 520);
+  EXPECT_EQ(SortError(Variant(VariantArray({1, 2}, {1, 2})), 3), 520);
+  EXPECT_EQ(SortError(Variant(VariantArray({0, 2}, {1, 2})), 9), 518);  // base before column
+
+  dBase table;
+  Variant values("x");
+  try {
+    table.SortTableValues(values, 1, false);
+  } catch (const AutomationError& error) {
+    EXPECT_EQ(error.Description(), "Array has no columns");
+  }
+}
+
+TEST(SortTableValuesTest, RowsMoveWhole) {
+  dBase table;
+  Variant values = MakeArray({{"ten", "10"}, {"two", "02"}, {"one", "01"}});
+  Variant& result = table.SortTableValues(values, 2, false);
+  EXPECT_EQ(&result, &values);
+  EXPECT_EQ(testing::ArrayRows(values), (Rows{{"one", "01"}, {"two", "02"}, {"ten", "10"}}));
+  table.SortTableValues(values, 2, true);
+  EXPECT_EQ(testing::ArrayRows(values), (Rows{{"ten", "10"}, {"two", "02"}, {"one", "01"}}));
+
+  Variant single = MakeArray({{"x"}});
+  table.SortTableValues(single, 1, true);
+  EXPECT_EQ(testing::ArrayRows(single), (Rows{{"x"}}));
+}
+
+TEST(SortTableValuesTest, KeysWithBlanksSortBeforeDigits) {
+  dBase table;
+  Variant values = MakeArray({{"0101"}, {"  02"}, {"01  "}, {"0201"}, {"  01"}});
+  table.SortTableValues(values, 1, false);
+  EXPECT_EQ(testing::ArrayRows(values), (Rows{{"  01"}, {"  02"}, {"01  "}, {"0101"}, {"0201"}}));
+}
+
+TEST(SortTableValuesTest, DescendingKeepsATextBeforeItsExtensions) {
+  dBase table;
+  Variant values = MakeArray({{"AB"}, {"ABC"}, {"B"}, {"A"}});
+  table.SortTableValues(values, 1, true);
+  EXPECT_EQ(testing::ArrayRows(values), (Rows{{"B"}, {"A"}, {"AB"}, {"ABC"}}));
+  table.SortTableValues(values, 1, false);
+  EXPECT_EQ(testing::ArrayRows(values), (Rows{{"A"}, {"AB"}, {"ABC"}, {"B"}}));
+}
+
+TEST(SortTableValuesTest, EqualKeysInAnyCaseAreNotSwapped) {
+  dBase table;
+  Variant values = MakeArray({{"abc", "1"}, {"ABC", "2"}});
+  table.SortTableValues(values, 1, false);
+  EXPECT_EQ(testing::ArrayRows(values), (Rows{{"abc", "1"}, {"ABC", "2"}}));
+}
+
+TEST(SortTableValuesTest, NonTextValuesSortByTheirText) {
+  dBase table;
+  VariantArray array = VariantArray::Table(1, 3);
+  array.At(1, 1) = Variant(int32_t{7});
+  array.At(1, 2) = Variant();
+  array.At(1, 3) = Variant(true);
+  Variant values(std::move(array));
+  table.SortTableValues(values, 1, false);
+  EXPECT_EQ(testing::ArrayRows(values), (Rows{{""}, {"7"}, {"True"}}));
+}
+
+TEST(CollationTest, ClassesAndCase) {
+  const CodePageCollation& collation = CodePageCollation::Active();
+  auto less = [&](const std::string& a, const std::string& b) {
+    return collation.Compare(ToCodePage(a), ToCodePage(b)) < 0;
+  };
+  EXPECT_TRUE(less("\x01", " "));
+  EXPECT_TRUE(less(" ", "!"));
+  EXPECT_TRUE(less("~", "0"));
+  EXPECT_TRUE(less("9", "A"));
+  EXPECT_TRUE(less("a", "B"));
+  EXPECT_TRUE(less("B", "c"));
+  EXPECT_TRUE(less("e", "é"));
+  EXPECT_TRUE(less("É", "f"));
+  EXPECT_TRUE(less("s", "ß"));
+  EXPECT_TRUE(less("ß", "t"));
+  EXPECT_TRUE(less("z", "Þ"));
+  EXPECT_TRUE(less("", "a"));
+  EXPECT_EQ(collation.Compare(ToCodePage("ÉCOLE"), ToCodePage("école")), 0);
+  EXPECT_EQ(collation.Compare(ToCodePage("Straße"), ToCodePage("STRAßE")), 0);
+  EXPECT_EQ(collation.UpperCase(ToCodePage("abcÿœ1")), ToCodePage("ABCŸŒ1"));
+}
+
+class ShellOrderTest : public ::testing::TestWithParam<std::tuple<bool, bool>> {};
+
+// SortTableValues must leave every row exactly where the literal Shell sort
+// does, whether or not keys tie (the fast path only runs without ties).
+TEST_P(ShellOrderTest, MatchesTheLiteralAlgorithm) {
+  auto [with_ties, descending] = GetParam();
+  std::mt19937 random(with_ties * 2 + descending + 11);
+  const std::string alphabet = with_ties ? "aAb 1" : "aAbBcC 0123-éÉ";
+  dBase table;
+  for (int round = 0; round < 60; ++round) {
+    int rows = 1 + static_cast<int>(random() % 200);
+    std::set<std::string> seen;
+    Rows data;
+    while (static_cast<int>(data.size()) < rows) {
+      std::string key;
+      size_t length = with_ties ? 1 + random() % 3 : 1 + random() % 8;
+      while (key.size() < length) key += alphabet[random() % alphabet.size()];
+      if (!with_ties) {
+        std::string folded = ToCodePage(key);
+        folded = CodePageCollation::Active().UpperCase(folded);
+        if (!seen.insert(folded).second) continue;  // distinct in the collation
+      }
+      data.push_back({key, std::to_string(data.size())});
+    }
+    Variant expected = MakeArray(data);
+    ReferenceShellSort(expected.AsArray(), 1, descending);
+    Variant values = MakeArray(data);
+    table.SortTableValues(values, 1, descending);
+    ASSERT_EQ(testing::ArrayRows(values), testing::ArrayRows(expected)) << "round " << round;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(AllCases, ShellOrderTest,
+                         ::testing::Combine(::testing::Bool(), ::testing::Bool()));
+
+TEST(PutTableValuesTest, ReturnsSilentlyWithoutTableOrArray) {
+  dBase table;
+  Variant values = MakeArray({{"a"}});
+  EXPECT_NO_THROW(table.PutTableValues(values));
+  TempDir dir;
+  std::string path = dir.File("t.zpd");
+  testing::CreateTable(path, {{"K", "C", 2}}, {});
+  table.OpenMode(dBase::kReadWrite);
+  table.OpenFile(path);
+  Variant text("a");
+  EXPECT_NO_THROW(table.PutTableValues(text));
+}
+
+TEST(PutTableValuesTest, SingleSubscriptReadsRejectTwoDimensionalArrays) {
+  TempDir dir;
+  std::string path = dir.File("t.zpd");
+  testing::CreateTable(path, {{"K", "C", 2}}, {});
+  dBase table;
+  table.OpenMode(dBase::kReadWrite);
+  table.OpenFile(path);
+  Variant values = MakeArray({{"a"}, {"b"}});
+  try {
+    table.PutTableValues(values);
+    FAIL() << "no error";
+  } catch (const RuntimeError& error) {
+    EXPECT_EQ(error.Code(), RuntimeErrorCode::kSubscriptOutOfRange);
+  }
+}
+
+TEST(PutTableValuesTest, ArraysOfArraysHitTheMissingSecondDimensionInBatchMode) {
+  TempDir dir;
+  std::string path = dir.File("t.zpd");
+  testing::CreateTable(path, {{"K", "C", 2}, {"V", "C", 2}}, {});
+  dBase table;
+  table.OpenMode(dBase::kReadWrite);
+  table.OpenFile(path);
+
+  VariantArray outer({1, 2});
+  outer.At(1) = Variant(VariantArray({1, 3}));
+  outer.At(2) = Variant(VariantArray({1, 1}));
+  Variant mismatched(outer);
+  try {
+    table.PutTableValues(mismatched);
+    FAIL() << "no error";
+  } catch (const AutomationError& error) {
+    EXPECT_EQ(error.Number(), static_cast<int32_t>(0x80040203));
+    EXPECT_EQ(error.Description(), "Array does not match Fields");
+  }
+
+  outer.At(2) = Variant(VariantArray({1, 0}));
+  Variant no_rows(outer);
+  EXPECT_NO_THROW(table.PutTableValues(no_rows));
+
+  outer.At(1) = Variant(VariantArray({1, 2}));
+  outer.At(2) = Variant(VariantArray({1, 2}));
+  Variant matching(outer);
+  EXPECT_THROW(table.PutTableValues(matching), RuntimeError);
+
+  // The batch mode stays on: appends no longer reach the header on disk, so
+  // both land in the slot after the last record on disk.
+  for (const char* key : {"01", "02"}) {
+    table.InitRecord();
+    table.Value(1, key);
+    table.PutRecord(0);
+    EXPECT_EQ(table.RecordNo(), 1);
+  }
+  EXPECT_EQ(testing::Le32(ReadBytes(path), 4), 0u);
+  table.CloseFile();
+  EXPECT_EQ(ReadBytes(path).substr(97), "\x1A" "02  ");  // the count on disk is still 0
+}
+
+}  // namespace
+}  // namespace zephyr
