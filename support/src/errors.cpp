@@ -19,6 +19,8 @@ const char* StandardErrorText(RuntimeErrorCode code) {
       return "Overflow";
     case RuntimeErrorCode::kOutOfMemory:
       return "Out of memory";
+    case RuntimeErrorCode::kOutOfStackSpace:
+      return "Out of stack space";
     case RuntimeErrorCode::kSubscriptOutOfRange:
       return "Subscript out of range";
     case RuntimeErrorCode::kTypeMismatch:

@@ -1,6 +1,10 @@
 #include "zephyr/support/file_utils.h"
 
+#include <dirent.h>
+#include <strings.h>
 #include <sys/stat.h>
+
+#include <algorithm>
 
 #include "zephyr/support/codepage.h"
 #include "zephyr/support/debug_log.h"
@@ -46,6 +50,20 @@ std::string StripQuotes(std::string_view value) {
     value = value.substr(1, value.size() - 2);
   }
   return std::string(Trim(value));
+}
+
+std::string ResolveCaseVariant(const std::string& folder, const std::string& name) {
+  std::string prefix = WithTrailingSlash(folder);
+  if (name.empty() || PathExists(prefix + name)) return name;
+  DIR* dir = ::opendir(prefix.c_str());
+  if (!dir) return name;
+  std::vector<std::string> variants;
+  while (const dirent* entry = ::readdir(dir)) {
+    if (::strcasecmp(entry->d_name, name.c_str()) == 0) variants.emplace_back(entry->d_name);
+  }
+  ::closedir(dir);
+  if (variants.empty()) return name;
+  return *std::min_element(variants.begin(), variants.end());
 }
 
 std::string WithTrailingSlash(std::string_view folder) {

@@ -41,6 +41,7 @@ enum class RuntimeErrorCode : int32_t {
   kInvalidArgument = 5,  // "Invalid procedure call or argument"
   kOverflow = 6,
   kOutOfMemory = 7,
+  kOutOfStackSpace = 28,
   kSubscriptOutOfRange = 9,
   kTypeMismatch = 13,
   kBadFileNameOrNumber = 52,

@@ -33,6 +33,13 @@ std::vector<std::string> SplitLine(std::string_view line);
 // blanks. Quotes inside the text are left alone.
 std::string StripQuotes(std::string_view value);
 
+// The name of the file in folder that is `name` but for letter case: `name`
+// itself when it exists, else the first such variant in name order
+// ("Fruit.zpd" for "Fruit.ZPD"), else `name` unchanged. Files that come from
+// systems with case-insensitive names keep working, and are saved back under
+// the name they have.
+std::string ResolveCaseVariant(const std::string& folder, const std::string& name);
+
 // The folder with a "/" appended when it does not end in one; an empty folder
 // becomes "./", the working folder.
 std::string WithTrailingSlash(std::string_view folder);
