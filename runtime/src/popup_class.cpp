@@ -1,6 +1,7 @@
 #include "zephyr/runtime/popup_class.h"
 
 #include "zephyr/support/debug_log.h"
+#include "zephyr/table/dbase.h"
 #include "zephyr/support/errors.h"
 #include "zephyr/support/text.h"
 
@@ -10,7 +11,9 @@ namespace {
 constexpr const char* kModule = "PopupClass";
 }  // namespace
 
-PopupClass::PopupClass() = default;
+PopupClass::PopupClass()
+    : progress_(std::make_shared<NoProgress>()),
+      message_box_(std::make_shared<StderrMessageBox>()) {}
 
 PopupClass::~PopupClass() {
   values_.reset();
@@ -19,6 +22,7 @@ PopupClass::~PopupClass() {
   selected_strong_.reset();
   fields_.reset();
   items_.reset();
+  ClosePopup();
   DebugLog(kModule, "Class Terminate", "Popup Class Terminated");
 }
 
@@ -51,6 +55,14 @@ std::shared_ptr<PopupFields> PopupClass::PopupFields() {
 std::shared_ptr<PopupItems> PopupClass::PopupItems() {
   if (!items_) items_ = std::make_shared<zephyr::PopupItems>();
   return items_;
+}
+
+void PopupClass::SetProgress(std::shared_ptr<Progress> progress) {
+  progress_ = progress ? std::move(progress) : std::make_shared<NoProgress>();
+}
+
+void PopupClass::SetMessageBox(std::shared_ptr<MessageBox> message_box) {
+  message_box_ = message_box ? std::move(message_box) : std::make_shared<StderrMessageBox>();
 }
 
 void PopupClass::Title(std::string_view title) { title_ = std::string(Trim(title)); }

@@ -107,13 +107,7 @@ void PopupClass::LoadTemplate() {
 
 void PopupClass::WriteTemplate() {
   DebugLog(kModule, "WriteTemplate", "Start");
-  if (template_file_name_.size() < 3) {
-    throw RuntimeError(RuntimeErrorCode::kInvalidArgument,
-                       "the popup has no template file name (set DataSource first)");
-  }
-  std::string folder = WithTrailingSlash(popup_path_);
-  std::string path =
-      folder + template_file_name_.substr(0, template_file_name_.size() - 3) + "bpt";
+  std::string path = WithTrailingSlash(popup_path_) + TemplateWorkFileName();
   DebugLog(kModule, "WriteTemplate", "Filename Sorted out");
   if (PathExists(path)) ::unlink(path.c_str());
   DebugLog(kModule, "WriteTemplate", "If file found delete");

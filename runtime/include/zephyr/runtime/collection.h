@@ -1,8 +1,9 @@
 // Collection<T>: the ordered, optionally keyed collection that the four
 // public collection classes wrap. Positions are numbered from 1; keys are
-// exact texts and unique. It raises the platform's collection errors:
-// subscript out of range (9) for a bad position, invalid argument (5) for a
-// missing key, duplicate key (457) when adding under a key already present.
+// exact texts, unique, and fixed when the element is added. It raises the
+// platform's collection errors: subscript out of range (9) for a bad
+// position, invalid argument (5) for a missing key, duplicate key (457) when
+// adding under a key already present.
 #ifndef ZEPHYR_RUNTIME_COLLECTION_H_
 #define ZEPHYR_RUNTIME_COLLECTION_H_
 
@@ -20,25 +21,49 @@ namespace zephyr {
 
 template <typename T>
 class Collection {
+  struct Entry {
+    std::shared_ptr<T> element;
+    std::string key;
+    bool keyed;
+  };
+
  public:
   using Pointer = std::shared_ptr<T>;
-  using const_iterator = typename std::vector<Pointer>::const_iterator;
 
-  int32_t Count() const { return static_cast<int32_t>(elements_.size()); }
+  // Iterates over the elements (as const Pointer&) in order.
+  class const_iterator {
+   public:
+    using Base = typename std::vector<Entry>::const_iterator;
+    explicit const_iterator(Base base) : base_(base) {}
+    const Pointer& operator*() const { return base_->element; }
+    const Pointer* operator->() const { return &base_->element; }
+    const_iterator& operator++() {
+      ++base_;
+      return *this;
+    }
+    bool operator==(const const_iterator& other) const { return base_ == other.base_; }
+
+   private:
+    Base base_;
+  };
+
+  int32_t Count() const { return static_cast<int32_t>(entries_.size()); }
 
   // Appends without a key.
-  void Add(Pointer element) {
-    elements_.push_back(std::move(element));
-  }
+  void Add(Pointer element) { entries_.push_back({std::move(element), {}, false}); }
 
   // Appends under a key; a key already present raises duplicate key (457)
   // and nothing is added.
-  void Add(Pointer element, const std::string& key) {
-    auto [slot, inserted] = index_.try_emplace(key, element);
-    if (!inserted) {
+  void Add(Pointer element, std::string key) {
+    if (FindEntry(key) != nullptr) {
       throw RuntimeError(RuntimeErrorCode::kDuplicateKey, "key '" + key + "'");
     }
-    elements_.push_back(std::move(element));
+    entries_.push_back({std::move(element), std::move(key), true});
+    if (indexed_) {
+      index_.emplace(entries_.back().key, entries_.size() - 1);
+    } else if (entries_.size() > kIndexThreshold) {
+      RebuildIndex();
+    }
   }
 
   // The element at a 1-based position, raising subscript out of range.
@@ -47,68 +72,85 @@ class Collection {
       throw RuntimeError(RuntimeErrorCode::kSubscriptOutOfRange,
                          "no element at position " + std::to_string(position));
     }
-    return elements_[static_cast<size_t>(position - 1)];
+    return entries_[static_cast<size_t>(position - 1)].element;
   }
 
   // The element under a key, raising invalid argument when there is none.
-  Pointer ByKey(const std::string& key) const {
-    if (Pointer found = Find(key)) return found;
+  const Pointer& ByKey(const std::string& key) const {
+    if (const Entry* entry = FindEntry(key)) return entry->element;
     throw RuntimeError(RuntimeErrorCode::kInvalidArgument, "no element with key '" + key + "'");
   }
 
   // The element under a key, or null.
   Pointer Find(const std::string& key) const {
-    auto found = index_.find(key);
-    return found == index_.end() ? nullptr : found->second;
+    const Entry* entry = FindEntry(key);
+    return entry ? entry->element : nullptr;
   }
-
-  bool ContainsKey(const std::string& key) const { return index_.count(key) != 0; }
 
   // Lookup by a position (a number) or a key (text), as the platform's
   // collections take either in one argument.
-  Pointer Item(const Variant& index_or_key) const {
+  const Pointer& Item(const Variant& index_or_key) const {
     if (index_or_key.IsText()) return ByKey(index_or_key.Text());
     return At(ToPosition(index_or_key));
   }
 
   void Remove(const Variant& index_or_key) {
-    if (index_or_key.IsText()) {
-      RemoveAt(PositionOf(ByKey(index_or_key.Text()).get()));
-    } else {
+    if (!index_or_key.IsText()) {
       RemoveAt(ToPosition(index_or_key));
+      return;
     }
+    const Entry* entry = FindEntry(index_or_key.Text());
+    if (!entry) ByKey(index_or_key.Text());  // raises the missing-key error
+    RemoveAt(static_cast<int32_t>(entry - entries_.data()) + 1);
   }
 
   void RemoveAt(int32_t position) {
     At(position);  // range check
     size_t offset = static_cast<size_t>(position - 1);
     // The element is released after the collection is consistent again.
-    Pointer removed = std::move(elements_[offset]);
-    elements_.erase(elements_.begin() + static_cast<std::ptrdiff_t>(offset));
-    for (auto entry = index_.begin(); entry != index_.end(); ++entry) {
-      if (entry->second == removed) {
-        index_.erase(entry);
-        break;
-      }
-    }
+    Pointer removed = std::move(entries_[offset].element);
+    entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(offset));
+    if (indexed_) RebuildIndex();
   }
 
   // Removes every element, first to last.
   void Clear() {
-    std::vector<Pointer> removed = std::move(elements_);
-    elements_.clear();
+    std::vector<Entry> removed = std::move(entries_);
+    entries_.clear();
     index_.clear();
-    for (Pointer& element : removed) element.reset();
+    indexed_ = false;
+    for (Entry& entry : removed) entry.element.reset();
   }
 
-  void Reserve(size_t count) {
-    elements_.reserve(count);
-  }
-
-  const_iterator begin() const { return elements_.begin(); }
-  const_iterator end() const { return elements_.end(); }
+  const_iterator begin() const { return const_iterator(entries_.begin()); }
+  const_iterator end() const { return const_iterator(entries_.end()); }
 
  private:
+  // Small collections (most sets of siblings) are searched directly; larger
+  // ones keep a hash index from key to position.
+  static constexpr size_t kIndexThreshold = 16;
+
+  const Entry* FindEntry(const std::string& key) const {
+    if (indexed_) {
+      auto found = index_.find(key);
+      return found == index_.end() ? nullptr : &entries_[found->second];
+    }
+    for (const Entry& entry : entries_) {
+      if (entry.keyed && entry.key == key) return &entry;
+    }
+    return nullptr;
+  }
+
+  void RebuildIndex() {
+    index_.clear();
+    indexed_ = entries_.size() > kIndexThreshold;
+    if (!indexed_) return;
+    index_.reserve(entries_.size());
+    for (size_t i = 0; i < entries_.size(); ++i) {
+      if (entries_[i].keyed) index_.emplace(entries_[i].key, i);
+    }
+  }
+
   static int32_t ToPosition(const Variant& index) {
     if (!index.IsNumeric() || index.IsEmpty()) {
       throw RuntimeError(RuntimeErrorCode::kTypeMismatch, "a collection index must be a number");
@@ -116,16 +158,10 @@ class Collection {
     return index.ToInt32();
   }
 
-  int32_t PositionOf(const T* element) const {
-    for (size_t i = 0; i < elements_.size(); ++i) {
-      if (elements_[i].get() == element) return static_cast<int32_t>(i + 1);
-    }
-    return 0;
-  }
-
-  std::vector<Pointer> elements_;
-  // The elements that were added under a key.
-  std::unordered_map<std::string, Pointer> index_;
+  std::vector<Entry> entries_;
+  // Key -> 0-based position, kept only while the collection is large.
+  std::unordered_map<std::string, size_t> index_;
+  bool indexed_ = false;
 };
 
 }  // namespace zephyr

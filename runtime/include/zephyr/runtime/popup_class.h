@@ -17,9 +17,13 @@
 #include "zephyr/runtime/popup_items.h"
 #include "zephyr/runtime/popup_levels.h"
 #include "zephyr/runtime/popup_values.h"
+#include "zephyr/support/message_box.h"
+#include "zephyr/support/progress.h"
 #include "zephyr/support/variant.h"
 
 namespace zephyr {
+
+class dBase;
 
 class PopupClass : public Object {
  public:
@@ -56,6 +60,37 @@ class PopupClass : public Object {
   const std::string& DataSource() const { return data_source_; }
   void DataSource(std::string name);
 
+  // Reads the template and, when the data file exists, the whole table into
+  // Values (sorted by key) and the item tree (replacing PopupItems). Source,
+  // when not empty, names a data file in the same folder to read instead.
+  // A file whose name differs only in letter case is used (and later saved)
+  // under its own name. A missing data file is no error: the items stay.
+  // Failures propagate: a duplicate key (457), a level beyond the template's
+  // (9), a key with a blank own code (28), and the table's errors.
+  void OpenPopup(std::string_view Source = {});
+  // Closes the data table if one is held (normally none is).
+  void ClosePopup();
+
+  // Saving: WriteTemplate, SavePopup, one WritePopupRecord per item in the
+  // order records are wanted, then SaveClose. The popup's files are replaced
+  // only by SaveClose, once both work files are complete and on disk.
+  //
+  // Creates the work table ("NAME.bpd") and keeps it open. A failure is told
+  // through the message box ("Problem saving Popup File:") and not raised.
+  void SavePopup();
+  // Appends the item's record to the work table (nothing when it is not
+  // open) and records its key as the one last written.
+  void WritePopupRecord(const std::shared_ptr<PopupItem>& Item);
+  // Closes the work table, flushes both work files and renames each over the
+  // file it replaces. Raises, leaving the old files untouched, when a work file
+  // is missing or cannot be flushed.
+  void SaveClose();
+
+  // Where long work reports progress and how messages reach the user;
+  // by default nothing is shown and messages go to standard error.
+  void SetProgress(std::shared_ptr<Progress> progress);
+  void SetMessageBox(std::shared_ptr<MessageBox> message_box);
+
   // Reads the template (title, levels, fields) from folder + template file name.
   void LoadTemplate();
   // Writes the title, levels and fields to the template's work file (".bpt").
@@ -73,12 +108,25 @@ class PopupClass : public Object {
   // Selects an item and keeps it alive.
   void SelectedItem(std::shared_ptr<PopupItem> item);
 
+  // Overwrites the two-digit code of level StartLevel in the item's key (its
+  // own code when StartLevel is its level) and in the keys of all its
+  // descendants. A code longer than two characters is cut; the key never
+  // changes length. Collection keys stay as they were added.
+  void ModifyKey(std::string_view NewKey, const std::shared_ptr<PopupItem>& Item,
+                 int16_t StartLevel);
+  // Removes every item of level LeveltoDelete (and so everything below it)
+  // from the tree under `items`. Level 1 removes nothing.
+  void DeleteLevel(int16_t LeveltoDelete, const std::shared_ptr<zephyr::PopupItems>& items);
+
   // The names of the popup's files, as derived from DataSource.
   const std::string& DataFileName() const { return data_file_name_; }
   const std::string& WorkFileName() const { return work_file_name_; }
   const std::string& TemplateFileName() const { return template_file_name_; }
 
  private:
+  void LoadTopLevel();
+  std::string TemplateWorkFileName() const;
+
   std::string popup_path_;
   std::string data_source_;
   std::string data_file_name_;
@@ -93,6 +141,9 @@ class PopupClass : public Object {
   std::shared_ptr<zephyr::PopupLevels> levels_;
   std::shared_ptr<zephyr::PopupValues> values_;
   Variant table_values_;
+  std::unique_ptr<dBase> table_;
+  std::shared_ptr<Progress> progress_;
+  std::shared_ptr<MessageBox> message_box_;
 };
 
 }  // namespace zephyr

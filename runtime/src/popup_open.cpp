@@ -1,0 +1,87 @@
+// The read path: opening a popup and turning its table into the item tree.
+#include "tree_loader.h"
+#include "zephyr/runtime/popup_class.h"
+#include "zephyr/support/debug_log.h"
+#include "zephyr/support/file_utils.h"
+#include "zephyr/table/dbase.h"
+
+namespace zephyr {
+
+namespace {
+
+constexpr const char* kModule = "PopupClass";
+constexpr const char* kReadingMessage = "Reading Popup Data.. this may take a few minutes";
+
+// Unloads the progress indicator however the load ends.
+class ShownProgress {
+ public:
+  explicit ShownProgress(Progress& progress) : progress_(progress) {}
+  ~ShownProgress() { progress_.Unload(); }
+  ShownProgress(const ShownProgress&) = delete;
+  ShownProgress& operator=(const ShownProgress&) = delete;
+
+ private:
+  Progress& progress_;
+};
+
+}  // namespace
+
+void PopupClass::OpenPopup(std::string_view Source) {
+  DebugLog(kModule, "OpenPopup", "Start");
+  if (!Source.empty()) data_file_name_ = std::string(Source);
+  template_file_name_ = ResolveCaseVariant(popup_path_, data_source_ + ".ZPT");
+  LoadTemplate();
+  popup_path_ = WithTrailingSlash(popup_path_);
+  data_file_name_ = ResolveCaseVariant(popup_path_, data_file_name_);
+  table_ = std::make_unique<dBase>();
+  try {
+    if (PathExists(popup_path_ + data_file_name_)) {
+      DebugLog(kModule, "OpenPopup", "PopupFound- Opening DB");
+      items_ = std::make_shared<zephyr::PopupItems>();
+      LoadTopLevel();
+    }
+  } catch (...) {
+    table_.reset();
+    throw;
+  }
+  table_.reset();
+}
+
+void PopupClass::LoadTopLevel() {
+  Progress& progress = *progress_;
+  ShownProgress shown(progress);
+  if (!table_) return;
+  DebugLog(kModule, "LoadTopLevel", "Start");
+  progress.Show();
+  progress.SetMessage(kReadingMessage);
+  progress.SetValue(0);
+  progress.SetMaximum(1);
+  progress.SetMinimum(0);
+
+  std::string path = popup_path_ + data_file_name_;
+  DebugLog(kModule, "LoadTopLevel", "Opening: " + path);
+  table_->OpenFile(path);
+  DebugLog(kModule, "LoadTopLevel", "GetTableValues");
+  table_values_ = table_->GetTableValues();
+  DebugLog(kModule, "LoadTopLevel", "SortTableValues");
+  if (RowCount() > 0) table_->SortTableValues(table_values_, 1, false);
+  DebugLog(kModule, "LoadTopLevel", "RecordCount: " + table_->RecordCount().ToText());
+  progress.SetMaximum(RowCount() < 1 ? 1 : RowCount());
+
+  DebugLog(kModule, "LoadTopLevel", "Begin Loop");
+  if (RowCount() > 0) {
+    auto levels = PopupLevels();
+    items_->Question(levels->Item(1)->Question().ToText());
+    BuildItemTree({table_values_.AsArray(), levels_count_, levels.get(), path}, *items_, progress);
+  }
+  table_->CloseFile();
+}
+
+void PopupClass::ClosePopup() {
+  if (!table_) return;
+  table_->CloseFile();
+  table_.reset();
+  DebugLog(kModule, "ClosePopup", "Popup Closed");
+}
+
+}  // namespace zephyr

@@ -1,0 +1,71 @@
+#include <gtest/gtest.h>
+
+#include "zephyr/runtime/item_access.h"
+#include "zephyr/runtime/popup_class.h"
+
+namespace zephyr {
+namespace {
+
+// A three-level popup: 01 > 01 02 > 010203 and 010204, plus top-level 05.
+class KeyEditsTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    popup_.Levels(3);
+    top_ = Add(*popup_.PopupItems(), "    01", 1, nullptr);
+    middle_ = Add(*top_->Children(), "01  02", 2, top_);
+    leaf_a_ = Add(*middle_->Children(), "010203", 3, middle_);
+    leaf_b_ = Add(*middle_->Children(), "010204", 3, middle_);
+    other_ = Add(*popup_.PopupItems(), "    05", 1, nullptr);
+  }
+
+  static std::shared_ptr<PopupItem> Add(PopupItems& items, const std::string& key, int16_t level,
+                                        const std::shared_ptr<PopupItem>& parent) {
+    auto item = items.Add(key);
+    ItemAccess::SetLevel(*item, level);
+    item->Parent(parent);
+    return item;
+  }
+
+  PopupClass popup_;
+  std::shared_ptr<PopupItem> top_, middle_, leaf_a_, leaf_b_, other_;
+};
+
+TEST_F(KeyEditsTest, ModifyKeyOnATopItemRewritesItsBranch) {
+  popup_.ModifyKey("07", top_, 1);
+  EXPECT_EQ(top_->PopupKey(), "    07");
+  EXPECT_EQ(middle_->PopupKey(), "07  02");
+  EXPECT_EQ(leaf_a_->PopupKey(), "070203");
+  EXPECT_EQ(leaf_b_->PopupKey(), "070204");
+  EXPECT_EQ(other_->PopupKey(), "    05");
+  EXPECT_EQ(popup_.PopupItems()->Item("    01"), top_);  // collection keys stay
+}
+
+TEST_F(KeyEditsTest, ModifyKeyOnAMiddleItemChangesTheCodeOfItsLevel) {
+  popup_.ModifyKey("09", middle_, 2);
+  EXPECT_EQ(middle_->PopupKey(), "01  09");
+  EXPECT_EQ(leaf_a_->PopupKey(), "010903");
+  EXPECT_EQ(top_->PopupKey(), "    01");
+}
+
+TEST_F(KeyEditsTest, ModifyKeyWritesExactlyTwoCharacters) {
+  popup_.ModifyKey("123", leaf_a_, 3);
+  EXPECT_EQ(leaf_a_->PopupKey(), "010212");
+  popup_.ModifyKey("4", leaf_b_, 3);
+  EXPECT_EQ(leaf_b_->PopupKey(), "010244");
+  EXPECT_THROW(popup_.ModifyKey("01", top_, 9), RuntimeError);
+}
+
+TEST_F(KeyEditsTest, DeleteLevelEmptiesTheChildrenOfTheLevelAbove) {
+  popup_.DeleteLevel(3, popup_.PopupItems());
+  EXPECT_EQ(middle_->Children()->Count(), 0);
+  EXPECT_EQ(top_->Children()->Count(), 1);
+
+  popup_.DeleteLevel(2, popup_.PopupItems());
+  EXPECT_EQ(top_->Children()->Count(), 0);
+
+  popup_.DeleteLevel(1, popup_.PopupItems());
+  EXPECT_EQ(popup_.PopupItems()->Count(), 2);  // top-level items are never deleted
+}
+
+}  // namespace
+}  // namespace zephyr

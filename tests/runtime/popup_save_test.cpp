@@ -1,0 +1,228 @@
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <random>
+
+#include "helpers/popup_files.h"
+#include "helpers/recorders.h"
+#include "helpers/temp_dir.h"
+#include "zephyr/runtime/item_access.h"
+#include "zephyr/runtime/popup_class.h"
+
+namespace zephyr {
+namespace {
+
+using testing::PopupDesign;
+using testing::ReadBytes;
+using testing::ScriptedMessageBox;
+using testing::TempDir;
+using testing::WritePopupFiles;
+
+const PopupDesign kShop = {"Shop", {"Aisle", "Shelf"}, {{"Name", 12}}};
+
+std::vector<std::string> FolderListing(const std::string& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    names.push_back(entry.path().filename().string());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+// Saves the popup with the usual sequence, records in tree order.
+void Save(PopupClass& popup) {
+  popup.WriteTemplate();
+  popup.SavePopup();
+  std::function<void(PopupItems&)> write = [&](PopupItems& items) {
+    for (const auto& item : items) {
+      popup.WritePopupRecord(item);
+      if (item->HasChildren()) write(*item->Children());
+    }
+  };
+  write(*popup.PopupItems());
+  popup.SaveClose();
+}
+
+std::unique_ptr<PopupClass> OpenShop(const std::string& folder, const std::string& base = "Shop") {
+  auto popup = std::make_unique<PopupClass>();
+  popup->PopupPath(folder);
+  popup->DataSource(base);
+  popup->OpenPopup();
+  return popup;
+}
+
+class PopupSaveTest : public ::testing::Test {
+ protected:
+  TempDir dir_;
+};
+
+TEST_F(PopupSaveTest, ASavedPopupOpensAsTheSameTree) {
+  WritePopupFiles(dir_.Path(), "Shop", kShop,
+                  {{"  01", "Drinks"}, {"0101", "Tea"}, {"0102", "Coffee"}, {"  02", "Snacks"}});
+  auto popup = OpenShop(dir_.Path());
+  auto snacks = popup->PopupItems()->Item(2);
+  auto crisps = snacks->Children()->Add("0201");
+  crisps->Parent(snacks);
+  crisps->PopupValues()->Add("Crisps, salted and long");
+  Save(*popup);
+  EXPECT_EQ(ItemAccess::LoadedKey(*crisps), "0201");
+  EXPECT_EQ(FolderListing(dir_.Path()), (std::vector<std::string>{"Shop.ZPD", "Shop.ZPT"}));
+
+  auto again = OpenShop(dir_.Path());
+  EXPECT_EQ(again->RowCount(), 5);
+  auto reread = again->PopupItems()->Item(2)->Children()->Item(1);
+  ASSERT_NE(reread, nullptr);
+  EXPECT_EQ(reread->PopupValues()->Item(1)->Value(), "Crisps, salt");  // cut to the column
+  EXPECT_EQ(again->PopupItems()->Item(1)->Children()->Count(), 2);
+}
+
+TEST_F(PopupSaveTest, TheWorkTableHasOneColumnPerField) {
+  PopupClass popup;
+  popup.PopupPath(dir_.Path());
+  popup.DataSource("Codes");
+  popup.PopupLevels()->Add(Variant("Code"), 1);
+  popup.PopupFields()->Add("Popup Code", 2, 0, 0);
+  popup.WriteTemplate();
+  popup.SavePopup();
+  EXPECT_EQ(popup.WorkFileName(), "Codes.bpd");
+  popup.SaveClose();
+  std::string bytes = ReadBytes(dir_.File("Codes.ZPD"));
+  ASSERT_EQ(bytes.size(), 66u);  // header, one descriptor, terminator, end-of-file byte
+  EXPECT_EQ(bytes.substr(32, 10), "POPUP_CODE");
+}
+
+TEST_F(PopupSaveTest, FilesWithOtherLetterCaseAreSavedUnderTheirOwnNames) {
+  WritePopupFiles(dir_.Path(), "Shop", kShop, {{"  01", "Drinks"}}, "Shop.zpt", "Shop.zpd");
+  auto popup = OpenShop(dir_.Path());
+  popup->PopupItems()->Add("  02")->PopupValues()->Add("Bread");
+  Save(*popup);
+  EXPECT_EQ(FolderListing(dir_.Path()), (std::vector<std::string>{"Shop.zpd", "Shop.zpt"}));
+  EXPECT_EQ(OpenShop(dir_.Path())->PopupItems()->Count(), 2);
+}
+
+TEST_F(PopupSaveTest, AWorkTableThatCannotBeCreatedIsReportedNotRaised) {
+  auto messages = std::make_shared<ScriptedMessageBox>();
+  PopupClass popup;
+  popup.SetMessageBox(messages);
+  popup.PopupPath(dir_.File("missing-folder"));
+  popup.DataSource("Shop");
+  popup.PopupFields()->Add("Popup Code", 2, 0, 0);
+  EXPECT_NO_THROW(popup.SavePopup());
+  ASSERT_EQ(messages->shown.size(), 1u);
+  EXPECT_EQ(messages->shown[0].prompt,
+            "Problem saving Popup File:\r\n" + dir_.File("missing-folder") + "/Shop.bpd");
+  EXPECT_EQ(messages->shown[0].buttons, MessageButtons::kOk);
+  EXPECT_EQ(messages->shown[0].title, "");
+
+  auto item = PopupItem::Create();
+  item->PopupKey("01");
+  popup.WritePopupRecord(item);  // writes nothing, but the key counts as written
+  EXPECT_EQ(ItemAccess::LoadedKey(*item), "01");
+}
+
+TEST_F(PopupSaveTest, AnIncompleteSaveLeavesTheOldFilesUntouched) {
+  WritePopupFiles(dir_.Path(), "Shop", kShop, {{"  01", "Drinks"}, {"0101", "Tea"}});
+  std::string old_template = ReadBytes(dir_.File("Shop.ZPT"));
+  std::string old_data = ReadBytes(dir_.File("Shop.ZPD"));
+  auto popup = OpenShop(dir_.Path());
+  popup->Title("Renamed");
+  popup->WriteTemplate();
+  // No SavePopup: the work table was never written.
+  try {
+    popup->SaveClose();
+    FAIL() << "expected an error";
+  } catch (const RuntimeError& error) {
+    EXPECT_NE(error.Description().find("Shop.bpd"), std::string::npos);
+  }
+  EXPECT_EQ(ReadBytes(dir_.File("Shop.ZPT")), old_template);
+  EXPECT_EQ(ReadBytes(dir_.File("Shop.ZPD")), old_data);
+
+  // The next save clears the stale work files and goes through.
+  Save(*popup);
+  EXPECT_EQ(OpenShop(dir_.Path())->Title(), "Renamed");
+  EXPECT_EQ(FolderListing(dir_.Path()), (std::vector<std::string>{"Shop.ZPD", "Shop.ZPT"}));
+}
+
+// A child saves a large popup and is killed at a random moment; whatever the
+// moment, each of the two files is the complete old or the complete new one.
+TEST_F(PopupSaveTest, KillingASaveMidwayNeverLeavesAPartialFile) {
+  std::vector<testing::Row> rows;
+  for (int a = 1; a <= 60; ++a) {
+    char top[5];
+    std::snprintf(top, sizeof top, "  %02d", a);
+    rows.push_back({top, "old"});
+    for (int b = 1; b <= 60; ++b) {
+      char child[5];
+      std::snprintf(child, sizeof child, "%02d%02d", a, b);
+      rows.push_back({child, "old"});
+    }
+  }
+  WritePopupFiles(dir_.Path(), "Shop", kShop, rows);
+  const std::string old_template = ReadBytes(dir_.File("Shop.ZPT"));
+  const std::string old_data = ReadBytes(dir_.File("Shop.ZPD"));
+
+  // One uninterrupted save gives the new files to compare with.
+  TempDir reference;
+  std::filesystem::copy(dir_.Path(), reference.Path(), std::filesystem::copy_options::recursive);
+  auto change = [](PopupClass& popup) {
+    popup.Title("New title");
+    std::function<void(PopupItems&)> rename = [&](PopupItems& items) {
+      for (const auto& item : items) {
+        item->PopupValues()->Item(1)->Value("new");
+        if (item->HasChildren()) rename(*item->Children());
+      }
+    };
+    rename(*popup.PopupItems());
+  };
+  {
+    auto popup = OpenShop(reference.Path());
+    change(*popup);
+    Save(*popup);
+  }
+  const std::string new_template = ReadBytes(reference.File("Shop.ZPT"));
+  const std::string new_data = ReadBytes(reference.File("Shop.ZPD"));
+  ASSERT_NE(new_data, old_data);
+
+  sigset_t wait_for;
+  sigemptyset(&wait_for);
+  sigaddset(&wait_for, SIGUSR1);
+  ::sigprocmask(SIG_BLOCK, &wait_for, nullptr);  // the signal waits for sigwait
+  std::mt19937 random(20261121);
+  int saw_old = 0, saw_new = 0;
+  for (int attempt = 0; attempt < 12; ++attempt) {
+    pid_t child = ::fork();
+    if (child == 0) {
+      auto popup = OpenShop(dir_.Path());
+      change(*popup);
+      ::kill(::getppid(), SIGUSR1);  // loaded; the save starts now
+      Save(*popup);
+      ::_exit(0);
+    }
+    int signal_number;
+    sigwait(&wait_for, &signal_number);
+    ::usleep(std::uniform_int_distribution<int>(0, 40000)(random));
+    ::kill(child, SIGKILL);
+    int status;
+    ::waitpid(child, &status, 0);
+
+    std::string template_now = ReadBytes(dir_.File("Shop.ZPT"));
+    std::string data_now = ReadBytes(dir_.File("Shop.ZPD"));
+    EXPECT_TRUE(template_now == old_template || template_now == new_template) << attempt;
+    EXPECT_TRUE(data_now == old_data || data_now == new_data) << attempt;
+    (data_now == new_data ? saw_new : saw_old)++;
+    if (data_now == new_data) {  // start again from the old files
+      testing::WriteBytes(dir_.File("Shop.ZPT"), old_template);
+      testing::WriteBytes(dir_.File("Shop.ZPD"), old_data);
+    }
+  }
+  ::sigprocmask(SIG_UNBLOCK, &wait_for, nullptr);
+  EXPECT_GT(saw_old, 0);
+  RecordProperty("old_after_kill", saw_old);
+  RecordProperty("new_after_kill", saw_new);
+}
+
+}  // namespace
+}  // namespace zephyr
