@@ -6,20 +6,29 @@ examples=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 failures=0
+checks=0
 
 check() {  # check NAME EXPECTED ACTUAL
+  checks=$((checks + 1))
   if [ "$2" != "$3" ]; then
     echo "FAIL: $1"; echo "  expected: $2"; echo "  actual:   $3"
     failures=$((failures + 1))
   fi
 }
 
+# new writes both files through the save path.
 "$zpopup" new "$work/Shop" --title "Corner Shop" --level Aisle --level Shelf \
   --field Description:30 --field Price:8
 check "new exits 0" 0 $?
 check "template bytes" \
   "$(printf '"Corner Shop"\r\n2\r\n2,"Aisle"\r\n2,"Shelf"\r\n2\r\n5,30,"Description"\r\n35,8,"Price"\r\n' | od -c)" \
   "$(od -c < "$work/Shop.ZPT")"
+check "data table: header, 3 descriptors, terminator, end byte" 130 "$(stat -c %s "$work/Shop.ZPD")"
+check "only the two files" "Shop.ZPD Shop.ZPT" "$(cd "$work" && echo *)"
+
+"$zpopup" new "$work/Shop" --title Again --level Q 2> "$work/err"
+check "new refuses an existing popup" 2 $?
+check "the existing popup is kept" "Corner Shop" "$(head -c 13 "$work/Shop.ZPT" | tr -d '"')"
 
 expected_info='Title: Corner Shop
 Levels: 2
@@ -28,15 +37,55 @@ Levels: 2
 Fields: 3
   1. Popup Code (4)
   2. Description (30)
-  3. Price (8)'
+  3. Price (8)
+Items: 0
+Depth: 0'
 check "info by base name" "$expected_info" "$("$zpopup" info "$work/Shop")"
-check "info by .ZPT path" "$expected_info" "$("$zpopup" info "$work/Shop.ZPT")"
-check "bundled example reads" 0 "$("$zpopup" info "$examples/Products" > /dev/null; echo $?)"
+check "info by a path in another case" "$expected_info" "$("$zpopup" info "$work/Shop.zpt")"
 
-"$zpopup" info "$work/Absent" 2> "$work/err"
+# The bundled example: show, info, dump and check agree.
+show=$("$zpopup" show "$examples/Products")
+check "show exits 0" 0 $?
+check "show: title first" "Product Catalogue" "$(echo "$show" | head -n 1)"
+check "show: a top-level item" "10  Fresh Produce |  " "$(echo "$show" | sed -n 2p)"
+check "show: a product, indented" "    10  Apples, Braeburn (1 kg) | 2.49" "$(echo "$show" | sed -n 4p)"
+check "show: one line per item" 35 "$(echo "$show" | wc -l)"
+check "info counts items and depth" "Items: 34
+Depth: 3" "$("$zpopup" info "$examples/Products" | tail -n 2)"
+dump=$("$zpopup" dump "$examples/Products" --format json)
+check "dump starts with the design" \
+  '{"title": "Product Catalogue", "levels": ["Department", "Category", "Product"], "fields": [{"name": "Popup Code", "length": 6}, {"name": "Description", "length": 40}, {"name": "Unit Price", "length": 10}], "items": [{"key": "    10", "level": 1, "values": ["Fresh Produce", " "], "children": [{"key": "10  10", "level": 2,' \
+  "$(echo "$dump" | cut -c 1-322)"
+if command -v python3 > /dev/null; then
+  check "dump is valid JSON" 34 "$(echo "$dump" | python3 -c '
+import json, sys
+def count(items): return sum(1 + count(i["children"]) for i in items)
+print(count(json.load(sys.stdin)["items"]))')"
+fi
+"$zpopup" check "$examples/Products" > "$work/out"
+check "check of a sound popup exits 0" 0 $?
+check "check of a sound popup prints nothing" "" "$(cat "$work/out")"
+
+# check reports problems and exits 1.
+cp "$examples/Products.ZPT" "$work/Bad.ZPT"
+cp "$examples/Products.ZPD" "$work/Bad.ZPD"
+# Overwrite the key of the first record ("    10") with a key that has no parent.
+printf '77  01' | dd of="$work/Bad.ZPD" bs=1 seek=$((32 * 3 + 33 + 1)) conv=notrunc status=none
+"$zpopup" check "$work/Bad" > "$work/out"
+check "check with problems exits 1" 1 $?
+check "check names the row and the problem" 1 \
+  "$(grep -c "Bad.ZPD: row 1: key '77  01' has no parent (no item '77')" "$work/out")"
+
+# Bad input: one clear line on stderr, exit 2.
+"$zpopup" show "$work/Absent" 2> "$work/err"
 check "missing popup exits 2" 2 $?
-check "missing popup names the file" 1 "$(grep -c "Absent.ZPT" "$work/err")"
+check "missing popup is named" 1 "$(grep -c "Absent" "$work/err")"
 check "one error line" 1 "$(wc -l < "$work/err")"
+printf 'garbage' > "$work/Junk.ZPD"
+cp "$work/Shop.ZPT" "$work/Junk.ZPT"
+"$zpopup" show "$work/Junk" 2> "$work/err"
+check "a table that is no table exits 2" 2 $?
+check "its error is one line" 1 "$(wc -l < "$work/err")"
 
 "$zpopup" frobnicate > /dev/null 2>&1
 check "unknown command exits 2" 2 $?
@@ -44,7 +93,12 @@ check "unknown command exits 2" 2 $?
 check "new without --title exits 2" 2 $?
 "$zpopup" new "$work/X" --title T --level Q --field Name:0 > /dev/null 2>&1
 check "zero-width field exits 2" 2 $?
-check "help exits 0" 0 "$("$zpopup" info --help > /dev/null; echo $?)"
+"$zpopup" dump "$work/Shop" --format xml > /dev/null 2>&1
+check "unknown dump format exits 2" 2 $?
+for command in show dump info check new; do
+  "$zpopup" $command --help > /dev/null
+  check "$command --help exits 0" 0 $?
+done
 
-if [ "$failures" -eq 0 ]; then echo "zpopup CLI: all checks passed"; fi
+echo "$((checks - failures)) passed, $failures failed"
 exit $((failures > 0))
