@@ -1,0 +1,207 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "workbook_test_util.h"
+#include "zephyr/excel/workbook.h"
+
+namespace zephyr::excel {
+namespace {
+
+using testing::KindAt;
+using testing::RowTexts;
+using Texts = std::vector<std::string>;
+
+std::string Content(const std::string& tables) {
+  return "<office:document-content "
+         "xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\" "
+         "xmlns:table=\"urn:oasis:names:tc:opendocument:xmlns:table:1.0\" "
+         "xmlns:text=\"urn:oasis:names:tc:opendocument:xmlns:text:1.0\" "
+         "xmlns:calcext=\"urn:org:documentfoundation:names:experimental:calc:xmlns:calcext:1.0\">"
+         "<office:body><office:spreadsheet>" +
+         tables + "</office:spreadsheet></office:body></office:document-content>";
+}
+
+std::string Settings(const std::string& active_table) {
+  return "<office:document-settings "
+         "xmlns:office=\"urn:oasis:names:tc:opendocument:xmlns:office:1.0\" "
+         "xmlns:config=\"urn:oasis:names:tc:opendocument:xmlns:config:1.0\"><office:settings>"
+         "<config:config-item-set config:name=\"ooo:view-settings\">"
+         "<config:config-item-map-indexed config:name=\"Views\"><config:config-item-map-entry>"
+         "<config:config-item config:name=\"ViewId\" config:type=\"string\">view1"
+         "</config:config-item><config:config-item config:name=\"ActiveTable\" "
+         "config:type=\"string\">" +
+         active_table +
+         "</config:config-item></config:config-item-map-entry>"
+         "</config:config-item-map-indexed></config:config-item-set>"
+         "</office:settings></office:document-settings>";
+}
+
+Sheet ReadFirst(const std::string& tables) {
+  auto workbook = OpenWorkbookBytes(testing::MakeOds(Content(tables)), WorkbookFormat::kOds,
+                                    "book.ods");
+  return workbook->ReadSheet(0);
+}
+
+std::string TextCell(const std::string& text, const std::string& extra = "") {
+  return "<table:table-cell office:value-type=\"string\"" + extra + "><text:p>" + text +
+         "</text:p></table:table-cell>";
+}
+
+TEST(LibreOfficeOdsTest, ReadsTheCommittedFixture) {
+  auto workbook = OpenWorkbook(ZEPHYR_EXCEL_FIXTURES "/libreoffice.ods");
+  ASSERT_EQ(workbook->Sheets().size(), 3u);
+  EXPECT_EQ(workbook->Sheets()[0].name, "Intro");
+  EXPECT_EQ(workbook->Sheets()[1].name, "Items");
+  EXPECT_EQ(workbook->Sheets()[2].name, "Last");
+  EXPECT_EQ(workbook->ActiveSheet(), 0u);
+  EXPECT_EQ(RowTexts(workbook->ReadSheet(2), 0), (Texts{"last"}));
+
+  Sheet sheet = workbook->ReadSheet(1);
+  EXPECT_EQ(sheet.name, "Items");
+  ASSERT_EQ(sheet.rows.size(), 9u);
+  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"Key", "Name", "Price"}));
+  EXPECT_EQ(RowTexts(sheet, 1), (Texts{"0101", "Apple", "1.5", "2.25"}));
+  EXPECT_EQ(RowTexts(sheet, 2), (Texts{"0102", "Pear  two", "3"}));
+  EXPECT_EQ(RowTexts(sheet, 4), (Texts{"0104", "#N/A", "#DIV/0!"}));
+  EXPECT_EQ(RowTexts(sheet, 5), (Texts{"TRUE", "line1\nline2", "25%"}));
+  EXPECT_EQ(RowTexts(sheet, 6), (Texts{"x", "x", "x"}));
+  EXPECT_EQ(RowTexts(sheet, 8), (Texts{"same", "row"}));
+  EXPECT_EQ(KindAt(sheet, 1, 0), CellKind::kNumber);
+  EXPECT_EQ(KindAt(sheet, 1, 1), CellKind::kText);
+  EXPECT_EQ(KindAt(sheet, 4, 1), CellKind::kError);
+  EXPECT_EQ(KindAt(sheet, 4, 2), CellKind::kError);
+  EXPECT_EQ(KindAt(sheet, 5, 0), CellKind::kBoolean);
+  EXPECT_EQ(KindAt(sheet, 5, 2), CellKind::kNumber);
+  for (size_t row = 0; row < sheet.rows.size(); ++row) {
+    EXPECT_EQ(sheet.rows[row].hidden, row == 3) << "row " << row + 1;
+  }
+}
+
+TEST(OdsPartsTest, ActiveTableComesFromTheSettings) {
+  std::string tables =
+      "<table:table table:name=\"First\"/><table:table table:name=\"Second\">"
+      "<table:table-row>" +
+      TextCell("two") + "</table:table-row></table:table>";
+  auto with = OpenWorkbookBytes(testing::MakeOds(Content(tables), Settings("Second")),
+                                WorkbookFormat::kOds, "a.ods");
+  EXPECT_EQ(with->ActiveSheet(), 1u);
+  EXPECT_EQ(RowTexts(with->ReadSheet(1), 0), (Texts{"two"}));
+  EXPECT_TRUE(with->ReadSheet(0).rows.empty());
+  auto unknown = OpenWorkbookBytes(testing::MakeOds(Content(tables), Settings("Gone")),
+                                   WorkbookFormat::kOds, "b.ods");
+  EXPECT_EQ(unknown->ActiveSheet(), 0u);
+  auto without = OpenWorkbookBytes(testing::MakeOds(Content(tables)), WorkbookFormat::kOds, "c");
+  EXPECT_EQ(without->ActiveSheet(), 0u);
+}
+
+TEST(OdsPartsTest, RepeatedRowsAndCellsExpandOnlyWhereTheyHoldSomething) {
+  auto start = std::chrono::steady_clock::now();
+  Sheet sheet = ReadFirst(
+      "<table:table table:name=\"T\"><table:table-header-rows><table:table-row>" +
+      TextCell("head") +
+      "</table:table-row></table:table-header-rows>"
+      "<table:table-row table:number-rows-repeated=\"2\">"
+      "<table:table-cell table:number-columns-repeated=\"2\"/>" +
+      TextCell("r", " table:number-columns-repeated=\"2\"") +
+      "</table:table-row>"
+      "<table:table-row table:number-rows-repeated=\"3\"><table:table-cell "
+      "table:number-columns-repeated=\"16384\"/></table:table-row>"
+      "<table:table-row>" +
+      TextCell("after gap") +
+      "</table:table-row>"
+      "<table:table-row table:number-rows-repeated=\"1048000\"><table:table-cell "
+      "table:number-columns-repeated=\"16384\"/></table:table-row></table:table>");
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+  ASSERT_EQ(sheet.rows.size(), 7u);
+  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"head"}));
+  EXPECT_EQ(RowTexts(sheet, 1), (Texts{"", "", "r", "r"}));
+  EXPECT_EQ(RowTexts(sheet, 2), (Texts{"", "", "r", "r"}));
+  EXPECT_TRUE(sheet.rows[3].cells.empty());
+  EXPECT_EQ(RowTexts(sheet, 6), (Texts{"after gap"}));
+}
+
+TEST(OdsPartsTest, CollapsedAndFilteredRowsAreHidden) {
+  Sheet sheet = ReadFirst(
+      "<table:table table:name=\"T\">"
+      "<table:table-row table:visibility=\"collapse\">" +
+      TextCell("a") +
+      "</table:table-row>"
+      "<table:table-row table:visibility=\"filter\" table:number-rows-repeated=\"2\">" +
+      TextCell("b") +
+      "</table:table-row>"
+      "<table:table-row table:visibility=\"visible\">" +
+      TextCell("c") +
+      "</table:table-row>"
+      "<table:table-row table:visibility=\"collapse\" table:number-rows-repeated=\"5\"/>"
+      "</table:table>");
+  ASSERT_EQ(sheet.rows.size(), 4u);
+  EXPECT_TRUE(sheet.rows[0].hidden);
+  EXPECT_TRUE(sheet.rows[1].hidden);
+  EXPECT_TRUE(sheet.rows[2].hidden);
+  EXPECT_FALSE(sheet.rows[3].hidden);
+}
+
+TEST(OdsPartsTest, DisplayedTextOfParagraphsSpansAndSpaces) {
+  Sheet sheet = ReadFirst(
+      "<table:table table:name=\"T\"><table:table-row>"
+      "<table:table-cell office:value-type=\"string\"><text:p>one<text:s "
+      "text:c=\"3\"/>two<text:tab/>three</text:p><text:p>next <text:span>span</text:span>"
+      "<text:line-break/>end</text:p></table:table-cell>"
+      "<table:table-cell office:value-type=\"float\" office:value=\"101\">"
+      "<office:annotation><text:p>a comment</text:p></office:annotation>"
+      "<text:p>0101</text:p></table:table-cell>"
+      "<table:covered-table-cell office:value-type=\"string\"><text:p>covered</text:p>"
+      "</table:covered-table-cell>"
+      "<table:table-cell office:value-type=\"float\" office:value=\"2.5\"/>"
+      "<table:table-cell office:value-type=\"boolean\" office:boolean-value=\"false\">"
+      "<text:p>FALSCH</text:p></table:table-cell>"
+      "<table:table-cell><text:p>no type</text:p></table:table-cell>"
+      "<table:table-cell office:value-type=\"string\"><text:p/></table:table-cell>"
+      "</table:table-row></table:table>");
+  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"one   two\tthree\nnext span\nend", "0101", "covered",
+                                       "2.5", "FALSE", "no type"}));
+  EXPECT_EQ(KindAt(sheet, 0, 1), CellKind::kNumber);
+  EXPECT_EQ(KindAt(sheet, 0, 3), CellKind::kNumber);
+  EXPECT_EQ(KindAt(sheet, 0, 4), CellKind::kBoolean);
+  EXPECT_EQ(KindAt(sheet, 0, 5), CellKind::kText);
+  EXPECT_EQ(KindAt(sheet, 0, 6), CellKind::kText);  // an empty string result
+}
+
+TEST(OdsPartsTest, ErrorValuesOfFormulas) {
+  Sheet sheet = ReadFirst(
+      "<table:table table:name=\"T\"><table:table-row>"
+      "<table:table-cell table:formula=\"of:=A9+\"><text:p>Err:502</text:p>"
+      "</table:table-cell>"
+      "<table:table-cell table:formula=\"of:=NA()\" office:value-type=\"string\" "
+      "office:string-value=\"\" calcext:value-type=\"error\"><text:p>#N/A</text:p>"
+      "</table:table-cell>" +
+      TextCell("#hashtag") +
+      "<table:table-cell table:formula=\"of:=&quot;x&quot;\" office:value-type=\"string\">"
+      "<text:p>x</text:p></table:table-cell>"
+      "</table:table-row></table:table>");
+  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"Err:502", "#N/A", "#hashtag", "x"}));
+  EXPECT_EQ(KindAt(sheet, 0, 0), CellKind::kError);
+  EXPECT_EQ(KindAt(sheet, 0, 1), CellKind::kError);
+  EXPECT_EQ(KindAt(sheet, 0, 2), CellKind::kText);  // typed text, no formula
+  EXPECT_EQ(KindAt(sheet, 0, 3), CellKind::kText);
+}
+
+TEST(OdsPartsTest, NestedTablesAreNoSheets) {
+  auto workbook = OpenWorkbookBytes(
+      testing::MakeOds(Content(
+          "<table:table table:name=\"Outer\"><table:table-row><table:table-cell>"
+          "<table:table table:name=\"Inner\"><table:table-row>" +
+          TextCell("inner") +
+          "</table:table-row></table:table></table:table-cell>" + TextCell("outer") +
+          "</table:table-row></table:table><table:table table:name=\"Next\"/>")),
+      WorkbookFormat::kOds, "n.ods");
+  ASSERT_EQ(workbook->Sheets().size(), 2u);
+  EXPECT_EQ(workbook->Sheets()[1].name, "Next");
+  EXPECT_EQ(RowTexts(workbook->ReadSheet(0), 0), (Texts{"", "outer"}));
+}
+
+}  // namespace
+}  // namespace zephyr::excel

@@ -1,0 +1,342 @@
+#include <gtest/gtest.h>
+#include <xlsxwriter.h>
+
+#include <string>
+#include <vector>
+
+#include "helpers/temp_dir.h"
+#include "workbook_test_util.h"
+#include "zephyr/excel/workbook.h"
+
+namespace zephyr::excel {
+namespace {
+
+using testing::KindAt;
+using testing::RowTexts;
+using Texts = std::vector<std::string>;
+
+constexpr char kRelationshipsNs[] =
+    "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
+
+Sheet ReadOnly(const std::string& bytes) {
+  auto workbook = OpenWorkbookBytes(bytes, WorkbookFormat::kXlsx, "book.xlsx");
+  return workbook->ReadSheet(0);
+}
+
+std::string SheetXml(const std::string& rows) {
+  return "<worksheet xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\">"
+         "<sheetData>" +
+         rows + "</sheetData></worksheet>";
+}
+
+class PythonWriterTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (testing::PythonInterpreter().empty()) GTEST_SKIP() << "python3 is not installed";
+  }
+  testing::TempDir dir_;
+};
+
+// openpyxl: absolute relationship targets, inline strings, activeTab, and a
+// chart sheet among the worksheets.
+TEST_F(PythonWriterTest, ReadsOpenpyxlWorkbooks) {
+  ASSERT_TRUE(testing::RunPython(dir_.Path(), R"py(
+import datetime, openpyxl
+wb = openpyxl.Workbook()
+intro = wb.active
+intro.title = "Intro"
+intro["A1"] = "intro"
+ws = wb.create_sheet("Items")
+ws.append(["Key", "Name", "Price", "Flag"])
+ws.append([101, "Apple", 1.5, True])
+ws.append([102, "Pear", 3, False])
+ws.append([103, "Hidden", 4])
+ws.append([104, "#N/A", "#DIV/0!", "=1/0"])
+ws.append([5, 123, 0.25, datetime.date(2023, 3, 15)])
+ws["F7"] = "far"
+for row in range(2, 6):
+    ws.cell(row, 1).number_format = "0000"
+ws["A6"].number_format = "00"
+ws["B6"].number_format = "000000"
+ws["C6"].number_format = "0%"
+ws.row_dimensions[4].hidden = True
+wb.create_chartsheet("Chart")
+wb.active = 1
+wb.save("openpyxl.xlsx")
+)py"));
+  auto workbook = OpenWorkbook(dir_.File("openpyxl.xlsx"));
+  ASSERT_EQ(workbook->Sheets().size(), 3u);
+  EXPECT_EQ(workbook->Sheets()[1].name, "Items");
+  EXPECT_TRUE(workbook->Sheets()[1].is_worksheet);
+  EXPECT_EQ(workbook->Sheets()[2].name, "Chart");
+  EXPECT_FALSE(workbook->Sheets()[2].is_worksheet);
+  EXPECT_EQ(workbook->ActiveSheet(), 1u);
+
+  Sheet sheet = workbook->ReadSheet(1);
+  ASSERT_EQ(sheet.rows.size(), 7u);
+  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"Key", "Name", "Price", "Flag"}));
+  EXPECT_EQ(RowTexts(sheet, 1), (Texts{"0101", "Apple", "1.5", "TRUE"}));
+  EXPECT_EQ(RowTexts(sheet, 2), (Texts{"0102", "Pear", "3", "FALSE"}));
+  EXPECT_EQ(RowTexts(sheet, 4), (Texts{"0104", "#N/A", "#DIV/0!"}));  // no cached result
+  EXPECT_EQ(RowTexts(sheet, 5), (Texts{"05", "000123", "25%", "2023-03-15"}));
+  EXPECT_EQ(RowTexts(sheet, 6), (Texts{"", "", "", "", "", "far"}));
+  EXPECT_EQ(KindAt(sheet, 1, 0), CellKind::kNumber);
+  EXPECT_EQ(KindAt(sheet, 1, 1), CellKind::kText);
+  EXPECT_EQ(KindAt(sheet, 1, 3), CellKind::kBoolean);
+  EXPECT_EQ(KindAt(sheet, 4, 1), CellKind::kError);
+  EXPECT_EQ(KindAt(sheet, 4, 3), CellKind::kEmpty);
+  for (size_t row = 0; row < sheet.rows.size(); ++row) {
+    EXPECT_EQ(sheet.rows[row].hidden, row == 3) << "row " << row + 1;
+  }
+  try {
+    workbook->ReadSheet(2);
+    FAIL() << "a chart sheet was read";
+  } catch (const WorkbookError& error) {
+    EXPECT_EQ(error.kind(), WorkbookError::Kind::kNotWorksheet);
+    EXPECT_EQ(error.path(), dir_.File("openpyxl.xlsx"));
+  }
+}
+
+// xlsxwriter: shared strings (or inline strings in constant-memory mode),
+// rich strings, cached formula results, tabSelected, a chart sheet.
+TEST_F(PythonWriterTest, ReadsXlsxwriterWorkbooks) {
+  ASSERT_TRUE(testing::RunPython(dir_.Path(), R"py(
+import xlsxwriter
+for name, options in (("shared.xlsx", {}), ("inline.xlsx", {"constant_memory": True})):
+    wb = xlsxwriter.Workbook(name, options)
+    one = wb.add_worksheet("One")
+    one.write(0, 0, "first")
+    two = wb.add_worksheet("Two")
+    key = wb.add_format({"num_format": "0000"})
+    bold = wb.add_format({"bold": True})
+    two.write_row(0, 0, ["Key", "Name", "Value"])
+    two.write_number(1, 0, 101, key)
+    two.write_rich_string(1, 1, "Ap", bold, "ple")
+    two.write_number(1, 2, 1.5)
+    two.set_row(2, None, None, {"hidden": True})
+    two.write_number(2, 0, 102, key)
+    two.write_string(2, 1, "Hidden")
+    two.write_formula(3, 0, "=1/0", None, "#DIV/0!")
+    two.write_formula(3, 1, "=NA()", None, "#N/A")
+    two.write_formula(3, 2, '="a"&"b"', None, "ab")
+    two.write_boolean(4, 0, True)
+    two.write_string(4, 1, "line1\nline2")
+    two.write_number(4, 2, 3)
+    two.activate()
+    chart = wb.add_chart({"type": "column"})
+    chart.add_series({"values": "=Two!$C$2:$C$5"})
+    wb.add_chartsheet("Chart").set_chart(chart)
+    wb.close()
+)py"));
+  for (const char* file : {"shared.xlsx", "inline.xlsx"}) {
+    SCOPED_TRACE(file);
+    auto workbook = OpenWorkbook(dir_.File(file));
+    ASSERT_EQ(workbook->Sheets().size(), 3u);
+    EXPECT_EQ(workbook->ActiveSheet(), 1u);
+    EXPECT_FALSE(workbook->Sheets()[2].is_worksheet);
+    Sheet sheet = workbook->ReadSheet(workbook->ActiveSheet());
+    EXPECT_EQ(sheet.name, "Two");
+    ASSERT_EQ(sheet.rows.size(), 5u);
+    EXPECT_EQ(RowTexts(sheet, 1), (Texts{"0101", "Apple", "1.5"}));
+    EXPECT_EQ(RowTexts(sheet, 3), (Texts{"#DIV/0!", "#N/A", "ab"}));
+    EXPECT_EQ(KindAt(sheet, 3, 0), CellKind::kError);
+    EXPECT_EQ(KindAt(sheet, 3, 1), CellKind::kError);
+    EXPECT_EQ(KindAt(sheet, 3, 2), CellKind::kText);
+    EXPECT_EQ(RowTexts(sheet, 4), (Texts{"TRUE", "line1\nline2", "3"}));
+    EXPECT_TRUE(sheet.rows[2].hidden);
+    EXPECT_FALSE(sheet.rows[1].hidden);
+    EXPECT_FALSE(sheet.rows[3].hidden);
+  }
+}
+
+TEST(LibxlsxwriterTest, ReadsLibxlsxwriterWorkbooks) {
+  testing::TempDir dir;
+  const std::string path = dir.File("c.xlsx");
+  lxw_workbook* wb = workbook_new(path.c_str());
+  lxw_worksheet* first = workbook_add_worksheet(wb, "First");
+  worksheet_write_string(first, 0, 0, "first", nullptr);
+  lxw_worksheet* keys = workbook_add_worksheet(wb, "Keys");
+  lxw_format* padded = workbook_add_format(wb);
+  format_set_num_format(padded, "000000");
+  worksheet_write_string(keys, 0, 0, "Key", nullptr);
+  worksheet_write_number(keys, 1, 0, 42, padded);
+  worksheet_write_number(keys, 1, 1, 2.5, nullptr);
+  lxw_row_col_options hidden = {1, 0, 0};
+  worksheet_set_row_opt(keys, 2, LXW_DEF_ROW_HEIGHT, nullptr, &hidden);
+  worksheet_write_string(keys, 2, 0, "hidden", nullptr);
+  worksheet_write_formula_str(keys, 3, 0, "=NA()", nullptr, "#N/A");
+  worksheet_write_boolean(keys, 3, 1, 0, nullptr);
+  worksheet_activate(keys);
+  lxw_chart* chart = workbook_add_chart(wb, LXW_CHART_LINE);
+  chart_add_series(chart, nullptr, "=Keys!$B$2:$B$3");
+  chartsheet_set_chart(workbook_add_chartsheet(wb, "Graph"), chart);
+  ASSERT_EQ(workbook_close(wb), LXW_NO_ERROR);
+
+  auto workbook = OpenWorkbook(path);
+  ASSERT_EQ(workbook->Sheets().size(), 3u);
+  EXPECT_EQ(workbook->ActiveSheet(), 1u);
+  EXPECT_TRUE(workbook->Sheets()[1].is_worksheet);
+  EXPECT_FALSE(workbook->Sheets()[2].is_worksheet);
+  Sheet sheet = workbook->ReadSheet(1);
+  ASSERT_EQ(sheet.rows.size(), 4u);
+  EXPECT_EQ(RowTexts(sheet, 1), (Texts{"000042", "2.5"}));
+  EXPECT_TRUE(sheet.rows[2].hidden);
+  EXPECT_EQ(RowTexts(sheet, 3), (Texts{"#N/A", "FALSE"}));
+  EXPECT_EQ(KindAt(sheet, 3, 0), CellKind::kError);
+}
+
+// Saved by LibreOffice: hidden="true", cached errors, shared strings.
+TEST(LibreOfficeXlsxTest, ReadsTheCommittedFixture) {
+  auto workbook = OpenWorkbook(ZEPHYR_EXCEL_FIXTURES "/libreoffice.xlsx");
+  ASSERT_EQ(workbook->Sheets().size(), 3u);
+  Sheet sheet = testing::ReadSheetNamed(*workbook, "Items");
+  ASSERT_EQ(sheet.rows.size(), 9u);
+  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"Key", "Name", "Price"}));
+  EXPECT_EQ(RowTexts(sheet, 1), (Texts{"0101", "Apple", "1.5", "2.25"}));
+  EXPECT_EQ(RowTexts(sheet, 2), (Texts{"0102", "Pear  two", "3"}));
+  EXPECT_EQ(RowTexts(sheet, 4), (Texts{"0104", "#N/A", "#DIV/0!"}));
+  EXPECT_EQ(KindAt(sheet, 4, 2), CellKind::kError);
+  EXPECT_EQ(RowTexts(sheet, 5), (Texts{"TRUE", "line1\nline2", "25%"}));
+  EXPECT_EQ(RowTexts(sheet, 6), (Texts{"x", "x", "x"}));
+  for (size_t row = 0; row < sheet.rows.size(); ++row) {
+    EXPECT_EQ(sheet.rows[row].hidden, row == 3) << "row " << row + 1;
+  }
+}
+
+TEST(XlsxPartsTest, SharedStringsJoinRunsAndSkipPhoneticReadings) {
+  std::string strings =
+      "<sst><si><t>plain</t></si>"
+      "<si><r><rPr><b/></rPr><t>Ka</t></r><r><t xml:space=\"preserve\">nji </t></r>"
+      "<rPh sb=\"0\" eb=\"1\"><t>reading</t></rPh><phoneticPr fontId=\"1\"/></si>"
+      "<si><t>a_x000D_b_x0041_</t></si><si><t/></si></sst>";
+  Sheet sheet = ReadOnly(testing::MakeXlsx(
+      SheetXml("<row r=\"1\"><c r=\"A1\" t=\"s\"><v>1</v></c><c r=\"B1\" t=\"s\"><v>0</v></c>"
+               "<c r=\"C1\" t=\"s\"><v>2</v></c><c r=\"D1\" t=\"s\"><v>3</v></c></row>"),
+      strings));
+  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"Kanji ", "plain", "a\rbA"}));
+  EXPECT_EQ(KindAt(sheet, 0, 3), CellKind::kText);  // an empty string is still text
+}
+
+TEST(XlsxPartsTest, CellTypesAndInlineRichText) {
+  Sheet sheet = ReadOnly(testing::MakeXlsx(SheetXml(
+      "<row r=\"1\">"
+      "<c r=\"A1\" t=\"inlineStr\"><is><r><t>in</t></r><r><t>line</t></r></is></c>"
+      "<c r=\"B1\" t=\"str\"><f>A1</f><v>formula text</v></c>"
+      "<c r=\"C1\" t=\"e\"><f>1/0</f><v>#DIV/0!</v></c>"
+      "<c r=\"D1\" t=\"b\"><v>0</v></c>"
+      "<c r=\"E1\" t=\"n\"><v>1E+20</v></c>"
+      "<c r=\"F1\"><v>-0.5</v></c>"
+      "<c r=\"G1\"><f>NOW()</f></c>"
+      "<c r=\"H1\" s=\"3\"/>"
+      "<c r=\"I1\" t=\"d\"><v>2023-03-15</v></c>"
+      "</row>")));
+  EXPECT_EQ(RowTexts(sheet, 0),
+            (Texts{"inline", "formula text", "#DIV/0!", "FALSE", "1E+20", "-0.5", "", "",
+                   "2023-03-15"}));
+  EXPECT_EQ(KindAt(sheet, 0, 0), CellKind::kText);
+  EXPECT_EQ(KindAt(sheet, 0, 2), CellKind::kError);
+  EXPECT_EQ(KindAt(sheet, 0, 3), CellKind::kBoolean);
+  EXPECT_EQ(KindAt(sheet, 0, 5), CellKind::kNumber);
+  EXPECT_EQ(KindAt(sheet, 0, 6), CellKind::kEmpty);
+}
+
+TEST(XlsxPartsTest, RowsAndCellsWithoutReferencesFollowTheirPredecessors) {
+  Sheet sheet = ReadOnly(testing::MakeXlsx(SheetXml(
+      "<row><c t=\"inlineStr\"><is><t>a</t></is></c><c t=\"inlineStr\"><is><t>b</t></is></c></row>"
+      "<row r=\"3\" hidden=\"true\"><c r=\"C3\"><v>1</v></c><c><v>2</v></c></row>"
+      "<row><c><v>3</v></c></row>")));
+  ASSERT_EQ(sheet.rows.size(), 4u);
+  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"a", "b"}));
+  EXPECT_TRUE(sheet.rows[1].cells.empty());
+  EXPECT_EQ(RowTexts(sheet, 2), (Texts{"", "", "1", "2"}));
+  EXPECT_TRUE(sheet.rows[2].hidden);
+  EXPECT_EQ(RowTexts(sheet, 3), (Texts{"3"}));
+  EXPECT_FALSE(sheet.rows[3].hidden);
+}
+
+TEST(XlsxPartsTest, HiddenEmptyRowsBetweenCellsAreReported) {
+  Sheet sheet = ReadOnly(testing::MakeXlsx(SheetXml(
+      "<row r=\"1\"><c><v>1</v></c></row><row r=\"2\" hidden=\"1\"/>"
+      "<row r=\"3\"><c><v>3</v></c></row><row r=\"9\" hidden=\"1\"/>")));
+  ASSERT_EQ(sheet.rows.size(), 3u);  // the trailing hidden row holds nothing
+  EXPECT_TRUE(sheet.rows[1].hidden);
+  EXPECT_FALSE(sheet.rows[2].hidden);
+}
+
+TEST(XlsxPartsTest, NumberFormatsComeFromCellStyles) {
+  std::string styles =
+      "<styleSheet><numFmts count=\"2\"><numFmt numFmtId=\"164\" formatCode=\"0000\"/>"
+      "<numFmt numFmtId=\"165\" formatCode=\"&quot;#&quot;00\"/></numFmts>"
+      "<cellStyleXfs><xf numFmtId=\"164\"/></cellStyleXfs>"
+      "<cellXfs><xf numFmtId=\"0\"/><xf numFmtId=\"164\"/><xf numFmtId=\"2\"/>"
+      "<xf numFmtId=\"49\"/><xf numFmtId=\"14\"/><xf numFmtId=\"165\"/></cellXfs>"
+      "</styleSheet>";
+  Sheet sheet = ReadOnly(testing::MakeXlsx(
+      SheetXml("<row r=\"1\"><c s=\"0\"><v>101</v></c><c s=\"1\"><v>101</v></c>"
+               "<c s=\"2\"><v>1.5</v></c><c s=\"3\"><v>42</v></c><c s=\"4\"><v>45000</v></c>"
+               "<c s=\"5\"><v>7</v></c><c s=\"99\"><v>8</v></c></row>"),
+      "", styles));
+  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"101", "0101", "1.50", "42", "2023-03-15", "#07", "8"}));
+}
+
+// Two sheets, one with an absolute and one with a "../" target; no
+// activeTab, so the selected tab decides.
+TEST(XlsxPartsTest, RelationshipTargetsAndSelectedTab) {
+  std::string rels = std::string("<Relationships>") +
+                     "<Relationship Id=\"a\" Type=\"" + kRelationshipsNs +
+                     "/worksheet\" Target=\"/xl/worksheets/one.xml\"/>"
+                     "<Relationship Id=\"b\" Type=\"" +
+                     kRelationshipsNs +
+                     "/worksheet\" Target=\"../xl/./worksheets/two.xml\"/></Relationships>";
+  std::string bytes = testing::MakeZip({
+      {"_rels/.rels", std::string("<Relationships><Relationship Id=\"r\" Type=\"") +
+                          kRelationshipsNs +
+                          "/officeDocument\" Target=\"xl/workbook.xml\"/></Relationships>"},
+      {"xl/workbook.xml",
+       "<x:workbook xmlns:x=\"s\" xmlns:r=\"r\"><x:sheets><x:sheet name=\"One\" r:id=\"a\"/>"
+       "<x:sheet name=\"Two\" r:id=\"b\"/></x:sheets></x:workbook>"},
+      {"xl/_rels/workbook.xml.rels", rels},
+      {"xl/worksheets/one.xml", SheetXml("<row><c><v>1</v></c></row>")},
+      {"xl/worksheets/two.xml",
+       "<x:worksheet xmlns:x=\"s\"><x:sheetViews><x:sheetView tabSelected=\"1\"/>"
+       "</x:sheetViews><x:sheetData><x:row><x:c><x:v>2</x:v></x:c></x:row></x:sheetData>"
+       "</x:worksheet>"},
+  });
+  auto workbook = OpenWorkbookBytes(bytes, WorkbookFormat::kXlsx, "book.xlsx");
+  ASSERT_EQ(workbook->Sheets().size(), 2u);
+  EXPECT_EQ(workbook->ActiveSheet(), 1u);
+  EXPECT_EQ(RowTexts(workbook->ReadSheet(0), 0), (Texts{"1"}));
+  EXPECT_EQ(RowTexts(workbook->ReadSheet(1), 0), (Texts{"2"}));
+}
+
+TEST(XlsxPartsTest, FormatDetectionFromContent) {
+  testing::TempDir dir;
+  // The content decides, not the name.
+  testing::WriteBytes(dir.File("book.dat"),
+                      testing::MakeXlsx(SheetXml("<row><c><v>5</v></c></row>")));
+  auto workbook = OpenWorkbook(dir.File("book.dat"));
+  EXPECT_EQ(RowTexts(workbook->ReadSheet(0), 0), (Texts{"5"}));
+
+  auto expect_error = [&](const std::string& name, WorkbookError::Kind kind) {
+    try {
+      OpenWorkbook(dir.File(name));
+      ADD_FAILURE() << name << " opened";
+    } catch (const WorkbookError& error) {
+      EXPECT_EQ(error.kind(), kind) << name << ": " << error.what();
+      EXPECT_EQ(error.path(), dir.File(name));
+      EXPECT_NE(std::string(error.what()).find(dir.File(name)), std::string::npos);
+    }
+  };
+  expect_error("missing.xlsx", WorkbookError::Kind::kCannotOpen);
+  testing::WriteBytes(dir.File("text.xlsx"), "not a zip");
+  expect_error("text.xlsx", WorkbookError::Kind::kMalformed);
+  testing::WriteBytes(dir.File("notes.txt"), "a,b");
+  expect_error("notes.txt", WorkbookError::Kind::kUnsupportedFormat);
+  testing::WriteBytes(dir.File("legacy.xls"), std::string("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8));
+  expect_error("legacy.xls", WorkbookError::Kind::kUnsupportedFormat);
+  testing::WriteBytes(dir.File("other.zip"), testing::MakeZip({{"readme.txt", "hi"}}));
+  expect_error("other.zip", WorkbookError::Kind::kUnsupportedFormat);
+}
+
+}  // namespace
+}  // namespace zephyr::excel
