@@ -9,6 +9,7 @@ packages=(
   libdbus-1-dev dbus-daemon dbus-bin
   clang libclang-rt-14-dev
   python3 python3-dbfread gdal-bin libshp-dev
+  libzip-dev libexpat1-dev libxlsxwriter-dev python3-openpyxl python3-xlsxwriter
 )
 
 sudo_cmd=()

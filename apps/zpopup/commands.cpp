@@ -4,9 +4,11 @@
 #include <functional>
 #include <memory>
 
+#include "exchange_commands.h"
 #include "json.h"
 #include "popup_name.h"
 #include "terminal_progress.h"
+#include "usage_error.h"
 #include "zephyr/runtime/popup_check.h"
 #include "zephyr/support/errors.h"
 #include "zephyr/support/file_utils.h"
@@ -16,11 +18,6 @@ namespace zephyr::cli {
 
 namespace {
 
-// A usage error: the message, then the command's usage, on standard error.
-struct UsageError {
-  std::string message;
-};
-
 // The one POPUP argument of a command that takes nothing else.
 PopupName OnlyPopup(const Arguments& args, const char* command) {
   if (args.size() != 1 || args[0].empty() || args[0][0] == '-') {
@@ -29,18 +26,26 @@ PopupName OnlyPopup(const Arguments& args, const char* command) {
   return PopupName::Parse(args[0]);
 }
 
-// Opens a popup that must exist, with a progress bar while it loads.
-std::unique_ptr<PopupClass> Open(const PopupName& name) {
+// A popup that the command needs must exist.
+void RequireExisting(const PopupName& name) {
   if (!name.Exists()) {
     throw RuntimeError(RuntimeErrorCode::kFileNotFound,
                        "no popup '" + name.Display() + "' (its .ZPT file is missing)");
   }
+}
+
+}  // namespace
+
+std::unique_ptr<PopupClass> OpenExisting(const PopupName& name) {
+  RequireExisting(name);
   auto popup = std::make_unique<PopupClass>();
   popup->SetProgress(std::make_shared<TerminalProgress>());
   name.Apply(*popup);
   popup->OpenPopup();
   return popup;
 }
+
+namespace {
 
 // Visits every item depth first, in tree order.
 void Walk(PopupItems& items, const std::function<void(PopupItem&)>& visit) {
@@ -64,7 +69,7 @@ std::string OwnCode(const std::string& key) {
 }
 
 int Show(const Arguments& args) {
-  auto popup = Open(OnlyPopup(args, "show"));
+  auto popup = OpenExisting(OnlyPopup(args, "show"));
   std::printf("%s\n", popup->Title().c_str());
   Walk(*popup->PopupItems(), [](PopupItem& item) {
     std::string indent(2 * static_cast<size_t>(std::max<int16_t>(item.Level() - 1, 0)), ' ');
@@ -111,7 +116,7 @@ int Dump(const Arguments& args) {
       rest.push_back(args[i]);
     }
   }
-  auto popup = Open(OnlyPopup(rest, "dump"));
+  auto popup = OpenExisting(OnlyPopup(rest, "dump"));
   std::string out = "{\"title\": " + JsonString(popup->Title()) + ", \"levels\": [";
   bool first = true;
   for (const auto& level : *popup->PopupLevels()) {
@@ -133,7 +138,7 @@ int Dump(const Arguments& args) {
 }
 
 int Info(const Arguments& args) {
-  auto popup = Open(OnlyPopup(args, "info"));
+  auto popup = OpenExisting(OnlyPopup(args, "info"));
   std::printf("Title: %s\n", popup->Title().c_str());
   std::printf("Levels: %d\n", popup->Levels());
   int32_t number = 1;
@@ -157,10 +162,7 @@ int Info(const Arguments& args) {
 
 int Check(const Arguments& args) {
   PopupName name = OnlyPopup(args, "check");
-  if (!name.Exists()) {
-    throw RuntimeError(RuntimeErrorCode::kFileNotFound,
-                       "no popup '" + name.Display() + "' (its .ZPT file is missing)");
-  }
+  RequireExisting(name);
   PopupClass popup;
   name.Apply(popup);
   popup.LoadTemplate();
@@ -277,6 +279,8 @@ const std::vector<Command>& Commands() {
        "the companion fields (lengths 1 to 254), with no items. An existing popup\n"
        "is not overwritten.\n",
        New},
+      {"import", "a popup from the active sheet of a workbook", kImportUsage, Import},
+      {"export", "a popup to a new workbook", kExportUsage, Export},
   };
   return commands;
 }

@@ -4,8 +4,11 @@
 #ifndef ZEPHYR_APPS_ZPOPUP_COMMANDS_H_
 #define ZEPHYR_APPS_ZPOPUP_COMMANDS_H_
 
+#include <memory>
 #include <string>
 #include <vector>
+
+#include "popup_name.h"
 
 namespace zephyr::cli {
 
@@ -24,6 +27,10 @@ struct Command {
 
 // Every command, in the order the help lists them.
 const std::vector<Command>& Commands();
+
+// Opens a popup that must exist, with a progress bar while it loads; a
+// missing popup raises file not found.
+std::unique_ptr<PopupClass> OpenExisting(const PopupName& name);
 
 // Runs a command: its usage for --help, a usage error's message and the usage
 // on standard error (exit 2), otherwise the command's own exit code.

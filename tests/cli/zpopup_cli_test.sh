@@ -87,6 +87,30 @@ cp "$work/Shop.ZPT" "$work/Junk.ZPT"
 check "a table that is no table exits 2" 2 $?
 check "its error is one line" 1 "$(wc -l < "$work/err")"
 
+# export and import: the bundled example goes to a workbook and comes back the same.
+"$zpopup" export "$examples/Products" "$work/products.xlsx" 2> "$work/err"
+check "export exits 0" 0 $?
+check "export reports its rows" "zpopup: wrote 22 rows to $work/products.xlsx" "$(cat "$work/err")"
+"$zpopup" import "$work/products.xlsx" "$work/Copy" < /dev/null 2> "$work/err"
+check "import into a new popup exits 0" 0 $?
+check "the imported tree equals the exported one" "$(echo "$show" | tail -n +2)" \
+  "$("$zpopup" show "$work/Copy" | tail -n +2)"
+
+printf 'Key,Level,Note\r\n0101,a,x\r\n01A1,b,y\r\n' > "$work/bad.csv"
+"$zpopup" import "$work/bad.csv" "$work/Copy" --structure sheet 2> "$work/err"
+check "a broken sheet rule exits 1" 1 $?
+check "the rule's message is printed as it stands" 1 "$(grep -c 'Key Not Numeric: Key Not Numeric. A non numerical character was found in the key on row 2. Please refer to ZephyrPopup Excel Import Rules in Help.' "$work/err")"
+check "a failed import keeps the popup" "$(echo "$show" | tail -n +2)" "$("$zpopup" show "$work/Copy" | tail -n +2)"
+
+printf ',Group,Item,Note\n,A,one,x\n,A,two,y\n' > "$work/nokeys.csv"
+"$zpopup" import "$work/nokeys.csv" "$work/Fresh" < /dev/null 2> "$work/err"
+check "a sheet without keys and no --levels exits 1" 1 $?
+check "it says what it needs" 1 "$(grep -c 'Input Level Count' "$work/err")"
+"$zpopup" import "$work/nokeys.csv" "$work/Fresh" --levels 2 < /dev/null
+check "with --levels it imports" "Items: 3" "$("$zpopup" info "$work/Fresh" | grep Items)"
+"$zpopup" import "$work/missing.xlsx" "$work/Fresh" 2> /dev/null
+check "an unreadable workbook exits 2" 2 $?
+
 "$zpopup" frobnicate > /dev/null 2>&1
 check "unknown command exits 2" 2 $?
 "$zpopup" new "$work/X" --level Q > /dev/null 2>&1
@@ -95,7 +119,7 @@ check "new without --title exits 2" 2 $?
 check "zero-width field exits 2" 2 $?
 "$zpopup" dump "$work/Shop" --format xml > /dev/null 2>&1
 check "unknown dump format exits 2" 2 $?
-for command in show dump info check new; do
+for command in show dump info check new import export; do
   "$zpopup" $command --help > /dev/null
   check "$command --help exits 0" 0 $?
 done

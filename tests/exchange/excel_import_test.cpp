@@ -1,0 +1,259 @@
+#include "zephyr/excel/excel_import.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "helpers/popup_files.h"
+#include "helpers/recorders.h"
+#include "helpers/temp_dir.h"
+
+namespace zephyr::excel {
+namespace {
+
+using testing::ReadBytes;
+using testing::TempDir;
+using testing::WriteBytes;
+
+class ScriptedLevelPrompt : public LevelPrompt {
+ public:
+  int PromptForLevels() override {
+    ++asked;
+    return answer;
+  }
+  int answer = -1;
+  int asked = 0;
+};
+
+std::vector<std::string> KeysInTreeOrder(PopupItems& items) {
+  std::vector<std::string> keys;
+  for (const auto& item : items) {
+    keys.push_back(item->PopupKey() + "=" + item->PopupValues()->Item(1)->Value());
+    if (item->HasChildren()) {
+      for (const auto& key : KeysInTreeOrder(*item->Children())) keys.push_back(key);
+    }
+  }
+  return keys;
+}
+
+class ExcelImportTest : public ::testing::Test {
+ protected:
+  // Imports a CSV sheet with these lines into the popup "P" of the temporary folder.
+  ImportOutcome ImportCsv(const std::string& lines) {
+    WriteBytes(dir_.File("sheet.csv"), lines);
+    return Import(dir_.File("sheet.csv"));
+  }
+
+  ImportOutcome Import(const std::string& workbook) {
+    popup_ = std::make_unique<PopupClass>();
+    popup_->PopupPath(dir_.Path());
+    popup_->DataSource("P");
+    if (std::filesystem::exists(dir_.File("P.ZPT"))) popup_->OpenPopup();
+    ImportUi ui{messages_, progress_, levels_};
+    return ImportFromWorkbook(*popup_, workbook, ui);
+  }
+
+  // The only message shown; fails the test when there were others.
+  const Message& OnlyMessage() {
+    EXPECT_EQ(messages_.shown.size(), 1u);
+    return messages_.shown.front();
+  }
+
+  void ExpectRuleFailure(const std::string& lines, const std::string& prompt,
+                         const std::string& title) {
+    messages_.shown.clear();
+    EXPECT_EQ(ImportCsv(lines), ImportOutcome::kRuleFailed) << lines;
+    const Message& message = OnlyMessage();
+    EXPECT_EQ(message.prompt, prompt);
+    EXPECT_EQ(message.title, title);
+    EXPECT_EQ(message.buttons, MessageButtons::kOkHelp);
+    EXPECT_EQ(message.help_context, 1);
+    EXPECT_TRUE(message.help_file.ends_with("/zephyrPOpup2Excel.hlp"));
+  }
+
+  TempDir dir_;
+  std::unique_ptr<PopupClass> popup_;
+  testing::ScriptedMessageBox messages_;
+  testing::RecordingProgress progress_;
+  ScriptedLevelPrompt levels_;
+};
+
+TEST_F(ExcelImportTest, AKeyedSheetBecomesANewPopupAndIsSaved) {
+  messages_.answers = {MessageAnswer::kNo};  // take the sheet's structure
+  ASSERT_EQ(ImportCsv("Key,Department,Product,Price,Unit\r\n"
+                      "0102,Fruit,Pears,1.10,kg\r\n"
+                      "0101,Fruit,Apples,2.49,kg\r\n"
+                      "0201,Veg,Carrots,0.89,bag\r\n"),
+            ImportOutcome::kImported);
+  EXPECT_EQ(messages_.shown.size(), 1u);  // the structure question only
+  EXPECT_EQ(messages_.shown[0].title, "Data Structure Differences Detected");
+
+  PopupClass saved;
+  saved.PopupPath(dir_.Path());
+  saved.DataSource("P");
+  saved.OpenPopup();
+  EXPECT_EQ(saved.Title(), "sheet");
+  EXPECT_EQ(saved.Levels(), 2);
+  EXPECT_EQ(saved.PopupLevels()->Item(1)->Question().ToText(), "Department");
+  EXPECT_EQ(saved.PopupLevels()->Item(2)->Question().ToText(), "Product");
+  auto fields = saved.PopupFields();
+  ASSERT_EQ(fields->Count(), 4);
+  EXPECT_EQ(fields->Item(2)->Name(), "Description");
+  EXPECT_EQ(fields->Item(2)->FieldLength(), 7);  // "Carrots"
+  EXPECT_EQ(fields->Item(3)->Name(), "Price");
+  EXPECT_EQ(fields->Item(4)->FieldLength(), 3);
+  EXPECT_EQ(KeysInTreeOrder(*saved.PopupItems()),
+            (std::vector<std::string>{"  01=Fruit", "0101=Apples", "0102=Pears", "  02=Veg",
+                                      "0201=Carrots"}));
+  auto pears = saved.PopupItems()->Item(1)->Children()->Item(2);
+  EXPECT_EQ(pears->PopupValues()->Item(2)->Value(), "1.10");
+  EXPECT_EQ(pears->PopupValues()->Item(3)->Value(), "kg");
+  EXPECT_EQ(saved.PopupItems()->Item(1)->PopupValues()->Item(2)->Value(), " ");  // parents: empty
+}
+
+TEST_F(ExcelImportTest, KeyRulesNameTheDataRowThatBreaksThem) {
+  const std::string see_help = " Please refer to ZephyrPopup Excel Import Rules in Help.";
+  ExpectRuleFailure("Key,L1,L2,F\n0101,a,b,x\n0102,a,c,x\n01,a,d,x\n",
+                    "Invalid Key Length found. The Key in Row 3 is not the same lenght as your first "
+                    "key. Please ensure the keys are all the same length." + see_help,
+                    "Invalid Key Length");
+  ExpectRuleFailure("Key,L1,L2,F\n0101,a,b,x\n01A1,a,c,x\n",
+                    "Key Not Numeric. A non numerical character was found in the key on row 2." +
+                        see_help,
+                    "Key Not Numeric");
+  ExpectRuleFailure("Key,L1,F\nx1,a,b\n",
+                    "First Key not numeric. A non numerical character was found in the first key "
+                    "cell." + see_help,
+                    "Key Not Numeric");
+  ExpectRuleFailure("Key,L1,F\n011,a,b\n",
+                    "The First Key does not conform to ZephyrPopup Key Standards. The Keys must be "
+                    "an even number lenght and numeric." + see_help,
+                    "Invalid Key Length");
+  ExpectRuleFailure("Key,L1,L2,F\n0201,a,b,x\n0202,a,c,x\n0201,a,d,y\n",
+                    "The Excel Row: 3 contains a Key that is already assigned. Please ensure that "
+                    "the keys are unique." + see_help,
+                    "Duplicate Key found");
+  ExpectRuleFailure("Key,L1,L2,F\n0101,a, ,x\n",
+                    "Blank Level Data Found. PLease make sure that all Level columns contain data." +
+                        see_help,
+                    "Invalid Key Length");
+  ExpectRuleFailure("Key,L1,L2\n0101,a,b\n",
+                    "Missing Companion Data Column. ZephyrPopup needs at least 1 companion Data "
+                    "Column after the Level Columns.  Please refer to ZephyrPopup Excel Import "
+                    "Rules in Help.  ",
+                    "Missing Data Column");
+  EXPECT_FALSE(std::filesystem::exists(dir_.File("P.ZPD")));  // nothing was saved
+}
+
+TEST_F(ExcelImportTest, SheetsWithoutKeysFollowTheirOwnRules) {
+  const std::string see_help = " Please refer to ZephyrPopup Excel Import Rules in Help.";
+  ExpectRuleFailure(",L1,F\n,a,b\n7,c,d\n",
+                    "Inconsistent Key Values. Keys must either all be numeric, of the same length or "
+                    "all blank." + see_help,
+                    "Invalid Key Data");
+  messages_.shown.clear();
+  EXPECT_EQ(ImportCsv(",L1,F\n"), ImportOutcome::kRuleFailed);
+  EXPECT_EQ(messages_.shown[0].prompt,
+            "ZephyrPopup requires an Excel Worksheet with at least 2 rows of data.");
+  EXPECT_EQ(messages_.shown[1].prompt,
+            "ZephyrPopup Failed to connect to the Active Excel Spreadsheet. Please make sure the "
+            "Data you wish to import is open in Microsoft Excel and is the Selected Sheet.");
+}
+
+TEST_F(ExcelImportTest, IdenticalRowsAndBlankLevelsAreCaughtBeforeAnythingChanges) {
+  levels_.answer = 2;
+  messages_.answers = {MessageAnswer::kNo};
+  EXPECT_EQ(ImportCsv(",A,B,F\n,x,y,1\n,x,z,2\n,x,y,1\n"), ImportOutcome::kRuleFailed);
+  ASSERT_EQ(messages_.shown.size(), 2u);
+  EXPECT_EQ(messages_.shown[1].prompt,
+            "The Excel Rows: 3 and 5 contain identical data.  Please ensure each record contains "
+            "unique data.");
+  EXPECT_EQ(messages_.shown[1].title, "Identical Data Found");
+  EXPECT_EQ(messages_.shown[1].buttons, MessageButtons::kOk);
+
+  messages_.shown.clear();
+  messages_.answers = {MessageAnswer::kNo};
+  EXPECT_EQ(ImportCsv(",A,B,F\n,x,y,1\n,x,,2\n"), ImportOutcome::kRuleFailed);
+  EXPECT_EQ(messages_.shown.back().prompt,
+            "The Excel Row: 4 Col: 3 contains blank Level Data . Please ensure that all level "
+            "columns contain data. Please refer to ZephyrPopup Excel Import Rules in Help.");
+  EXPECT_EQ(messages_.shown.back().title, "Invalid Key Length");
+}
+
+TEST_F(ExcelImportTest, GeneratedKeysLeaveRoomBetweenSiblings) {
+  std::string sheet = ",Group,Item,Note\n";
+  for (int i = 1; i <= 12; ++i) sheet += ",Big," + std::to_string(i) + ",n\n";
+  sheet += ",Small,only,n\n";
+  levels_.answer = 2;
+  messages_.answers = {MessageAnswer::kNo};
+  ASSERT_EQ(ImportCsv(sheet), ImportOutcome::kImported);
+  EXPECT_EQ(levels_.asked, 1);
+  auto keys = KeysInTreeOrder(*popup_->PopupItems());
+  ASSERT_EQ(keys.size(), 15u);
+  EXPECT_EQ(keys[0], "  10=Big");  // two groups: step 10
+  EXPECT_EQ(keys[1], "1008=1");    // twelve items under one group: step 99 / 12 = 8
+  EXPECT_EQ(keys[2], "1016=2");
+  EXPECT_EQ(keys[12], "1096=12");
+  EXPECT_EQ(keys[13], "  20=Small");
+  EXPECT_EQ(keys[14], "2008=only");
+}
+
+TEST_F(ExcelImportTest, RowsOfOneParentAreGatheredWhereItFirstAppears) {
+  levels_.answer = 2;
+  messages_.answers = {MessageAnswer::kNo};
+  ASSERT_EQ(ImportCsv(",G,I,N\n,b,1,x\n,a,2,x\n,b,3,x\n"), ImportOutcome::kImported);
+  EXPECT_EQ(KeysInTreeOrder(*popup_->PopupItems()),
+            (std::vector<std::string>{"  10=b", "1010=1", "1020=3", "  20=a", "2010=2"}));
+}
+
+TEST_F(ExcelImportTest, CancellingLeavesThePopupAndItsFilesAsTheyWere) {
+  testing::WritePopupFiles(dir_.Path(), "P", {"Kept", {"Only"}, {{"Text", 5}}}, {{"01", "one"}});
+  std::string old_template = ReadBytes(dir_.File("P.ZPT"));
+  std::string old_data = ReadBytes(dir_.File("P.ZPD"));
+
+  levels_.answer = -1;  // the level prompt is cancelled
+  EXPECT_EQ(ImportCsv(",A,F\n,x,1\n"), ImportOutcome::kCancelled);
+  messages_.answers = {MessageAnswer::kCancel};  // the structure question is cancelled
+  EXPECT_EQ(ImportCsv("K,A,B,F,G\n0101,x,y,1,2\n"), ImportOutcome::kCancelled);
+  EXPECT_EQ(popup_->PopupItems()->Count(), 1);
+  EXPECT_EQ(ReadBytes(dir_.File("P.ZPT")), old_template);
+  EXPECT_EQ(ReadBytes(dir_.File("P.ZPD")), old_data);
+}
+
+TEST_F(ExcelImportTest, KeepingThePopupStructureMapsTheSheetOntoIt) {
+  testing::WritePopupFiles(dir_.Path(), "P", {"Kept", {"Aisle", "Shelf"}, {{"Label", 5}, {"Size", 3}}},
+                           {{"  01", "old", ""}});
+  messages_.answers = {MessageAnswer::kYes};
+  ASSERT_EQ(ImportCsv("K,A,B,F,G\n0101,Drinks,Tea,x,extra\n"), ImportOutcome::kImported);
+  EXPECT_EQ(popup_->Title(), "Kept");
+  EXPECT_EQ(popup_->PopupLevels()->Item(1)->Question().ToText(), "Aisle");
+  auto fields = popup_->PopupFields();
+  ASSERT_EQ(fields->Count(), 3);
+  EXPECT_EQ(fields->Item(2)->Name(), "Label");
+  EXPECT_EQ(fields->Item(2)->FieldLength(), 6);  // widened to fit "Drinks"
+  EXPECT_EQ(fields->Item(3)->Name(), "Size");
+  auto tea = popup_->PopupItems()->Item(1)->Children()->Item(1);
+  ASSERT_EQ(tea->PopupValues()->Count(), 2);  // the extra sheet column is dropped
+  EXPECT_EQ(tea->PopupValues()->Item(2)->Value(), "x");
+}
+
+TEST_F(ExcelImportTest, AnUnreadableWorkbookIsNamedWithItsReason) {
+  EXPECT_EQ(Import(dir_.File("absent.xlsx")), ImportOutcome::kUnreadable);
+  ASSERT_EQ(messages_.shown.size(), 2u);
+  const std::string& prompt = messages_.shown[0].prompt;
+  EXPECT_TRUE(prompt.starts_with("ZephyrPopup could not detect an open Excel Workbook.  Please load "
+                                 "a Workbook before continuing.\r\n"));
+  EXPECT_NE(prompt.find("absent.xlsx"), std::string::npos);
+  EXPECT_EQ(messages_.shown[0].buttons, MessageButtons::kOk);
+}
+
+TEST_F(ExcelImportTest, ProgressAndTheStopRow) {
+  messages_.answers = {MessageAnswer::kNo};
+  ASSERT_EQ(ImportCsv("Key,L,F\n01,a,x\n02,b,y\n,,after the stop row\n03,c,z\n"),
+            ImportOutcome::kImported);
+  EXPECT_EQ(popup_->PopupItems()->Count(), 2);
+  EXPECT_EQ(progress_.message, "Copying Data to ZephyrPopup");
+}
+
+}  // namespace
+}  // namespace zephyr::excel
