@@ -6,30 +6,13 @@
 
 #include <random>
 
+#include "helpers/literal_scans.h"
+
 namespace zephyr::excel {
 namespace {
 
-std::optional<int32_t> LiteralRepeatedKey(const ExcelArray& sheet) {
-  for (int32_t row = 2; row <= sheet.RowCount(); ++row) {
-    for (int32_t earlier = 2; earlier < row; ++earlier) {
-      if (sheet.Trimmed(row, 1) == sheet.Trimmed(earlier, 1)) return row;
-    }
-  }
-  return std::nullopt;
-}
-
-std::optional<std::pair<int32_t, int32_t>> LiteralIdenticalRows(const ExcelArray& sheet) {
-  for (int32_t first = 2; first <= sheet.RowCount(); ++first) {
-    for (int32_t second = first + 1; second <= sheet.RowCount(); ++second) {
-      bool same = true;
-      for (int32_t column = 1; same && column <= sheet.ColumnCount(); ++column) {
-        same = sheet.Trimmed(first, column) == sheet.Trimmed(second, column);
-      }
-      if (same) return std::make_pair(first, second);
-    }
-  }
-  return std::nullopt;
-}
+using testing::LiteralIdenticalRows;
+using testing::LiteralRepeatedKey;
 
 TEST(SheetScansTest, AgreeWithTheLiteralScansOnRandomSheets) {
   std::mt19937 random(5);
