@@ -70,18 +70,30 @@ dBase::~dBase() {
 }
 
 std::shared_ptr<zephyr::Fields> dBase::Fields() {
-  if (!fields_) fields_ = std::make_shared<zephyr::Fields>();
+  Columns();
   return fields_;
 }
 
-zephyr::Fields& dBase::Columns() { return *Fields(); }
+zephyr::Fields& dBase::Columns() {
+  if (!fields_) fields_ = std::make_shared<zephyr::Fields>();
+  return *fields_;
+}
+
+const Field& dBase::Column(int32_t index) const {
+  if (!fields_ || index < 1 || index > fields_->Count()) {
+    throw RuntimeError(RuntimeErrorCode::kObjectRequired, "no column " + std::to_string(index));
+  }
+  return *fields_->begin()[index - 1];
+}
 
 Variant dBase::RecordCount() const {
   if (!FileExists()) return Variant(int16_t{0});
   return Variant(static_cast<int32_t>(header_.record_count));
 }
 
-bool dBase::Deleted() const { return !buffer_.empty() && buffer_[0] == kDeletedMark; }
+bool dBase::Deleted() const {
+  return !buffer_.empty() && buffer_[0] == kDeletedMark;
+}
 
 void dBase::Deleted(bool deleted) {
   if (buffer_.empty() || !FileExists()) return;
@@ -90,27 +102,19 @@ void dBase::Deleted(bool deleted) {
 
 Variant dBase::Value(int32_t index) const {
   if (buffer_.empty() || !FileExists()) return Variant(std::string());
-  std::shared_ptr<Field> field = fields_ ? fields_->Item(index) : nullptr;
-  if (!field) {
-    throw RuntimeError(RuntimeErrorCode::kObjectRequired, "no column " + std::to_string(index));
-  }
-  if (field->FieldType() != "C") return Variant();
-  return Variant(FromCodePage(RecordSlice(buffer_, field->Position(), field->Length())));
+  const Field& field = Column(index);
+  if (field.FieldType() != "C") return Variant();
+  return Variant(FromCodePage(RecordSlice(buffer_, field.Position(), field.Length())));
 }
 
 void dBase::Value(int32_t index, const Variant& value) {
-  std::shared_ptr<Field> field = Columns().Item(index);
-  if (!field) {
-    throw RuntimeError(RuntimeErrorCode::kObjectRequired, "no column " + std::to_string(index));
-  }
-  if (field->FieldType() != "C") return;
-  if (field->Length() < 0) {
-    throw RuntimeError(RuntimeErrorCode::kInvalidArgument,
-                       "column " + std::to_string(index) + " has a negative length");
-  }
-  std::string bytes = ToCodePage(value.ToText());
-  bytes.resize(static_cast<size_t>(field->Length()), ' ');
-  OverwriteRecord(&buffer_, field->Position(), bytes);
+  const Field& field = Column(index);
+  if (field.FieldType() != "C") return;
+  std::string text;
+  if (!value.IsText()) text = value.ToText();
+  std::string scratch;
+  WriteColumn(&buffer_, field.Position(), field.Length(),
+              ToRecordBytes(ActiveCodePage(), value.IsText() ? value.Text() : text, &scratch));
 }
 
 void dBase::OpenFile(const std::string& file_name) {
@@ -124,9 +128,9 @@ void dBase::OpenFile(const std::string& file_name) {
                           "dBase File Not Found '" + file_name + "'");
   }
   if (open_mode_ != kReadOnly && open_mode_ != kReadWrite) {
-    throw RuntimeError(RuntimeErrorCode::kBadFileNameOrNumber,
-                       "open mode " + std::to_string(open_mode_) + " opens nothing ('" +
-                           file_name + "')");
+    throw RuntimeError(
+        RuntimeErrorCode::kBadFileNameOrNumber,
+        "open mode " + std::to_string(open_mode_) + " opens nothing ('" + file_name + "')");
   }
   bool writable = open_mode_ == kReadWrite;
   file_ = File::Open(file_name, writable ? File::Mode::kReadWrite : File::Mode::kRead);
@@ -144,9 +148,9 @@ void dBase::ReadStructure(const std::string& file_name) {
   size_t got = file_.ReadAt(0, block, sizeof block);
   if (got < 1 || block[0] != kVersion) RaiseInvalidFileType();
   if (got < sizeof block) {
-    throw RuntimeError(RuntimeErrorCode::kInputPastEndOfFile,
-                       "the header of '" + file_name + "' is cut short at byte " +
-                           std::to_string(got));
+    throw RuntimeError(
+        RuntimeErrorCode::kInputPastEndOfFile,
+        "the header of '" + file_name + "' is cut short at byte " + std::to_string(got));
   }
   TableHeader header = TableHeader::Decode(block);
   if (header.month < 1 || header.month > 12) RaiseInvalidFileType();
@@ -237,7 +241,8 @@ void dBase::CreateTable(const std::string& file_name) {
 void dBase::InitRecord() {
   buffer_.assign(static_cast<size_t>(record_length_), ' ');
   OverwriteRecord(&buffer_, 1, std::string_view(&kLiveMark, 1));
-  for (int32_t i = 1; i <= Columns().Count(); ++i) Value(i, Variant(std::string()));
+  const Variant blank{std::string()};
+  for (int32_t i = 1, count = Columns().Count(); i <= count; ++i) Value(i, blank);
 }
 
 void dBase::GetRecord(int32_t rec_no) {

@@ -20,9 +20,13 @@ std::string UpperPrefix(std::string_view text, size_t count) {
 
 }  // namespace
 
-void Field::Name(std::string_view value) { name_ = UpperPrefix(value, kMaxNameLength); }
+void Field::Name(std::string_view value) {
+  name_ = UpperPrefix(value, kMaxNameLength);
+}
 
-void Field::FieldType(std::string_view value) { field_type_ = UpperPrefix(value, 1); }
+void Field::FieldType(std::string_view value) {
+  field_type_ = UpperPrefix(value, 1);
+}
 
 std::string TypeCodeToName(unsigned char code) {
   if (code != 0 && kTypedLetters.find(static_cast<char>(code)) != std::string_view::npos) {

@@ -1,10 +1,34 @@
 #include "record_text.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "zephyr/support/errors.h"
 
 namespace zephyr {
+
+namespace {
+
+bool IsAscii(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+// Whether the code page writes every ASCII character as itself; worked out
+// once per code page and thread.
+bool KeepsAscii(const CodePage& code_page) {
+  thread_local const CodePage* known = nullptr;
+  thread_local bool keeps = false;
+  if (known != &code_page) {
+    std::string ascii(128, '\0');
+    for (int c = 0; c < 128; ++c) ascii[static_cast<size_t>(c)] = static_cast<char>(c);
+    keeps = code_page.FromUtf8(ascii) == ascii;
+    known = &code_page;
+  }
+  return keeps;
+}
+
+}  // namespace
 
 std::string_view RecordSlice(std::string_view record, int32_t position, int32_t length) {
   if (position < 1 || length < 0) {
@@ -24,8 +48,30 @@ void OverwriteRecord(std::string* record, int32_t position, std::string_view tex
                            std::to_string(record->size()) + " bytes");
   }
   auto start = static_cast<size_t>(position - 1);
-  size_t count = std::min(text.size(), record->size() - start);
-  record->replace(start, count, text.substr(0, count));
+  std::memcpy(record->data() + start, text.data(), std::min(text.size(), record->size() - start));
+}
+
+void WriteColumn(std::string* record, int32_t position, int32_t length, std::string_view bytes) {
+  if (length < 0) {
+    throw RuntimeError(RuntimeErrorCode::kInvalidArgument,
+                       "column at position " + std::to_string(position) + " with length " +
+                           std::to_string(length));
+  }
+  auto width = static_cast<size_t>(length);
+  bytes = bytes.substr(0, width);
+  OverwriteRecord(record, position, bytes);
+  auto start = static_cast<size_t>(position - 1);
+  size_t end = std::min(start + width, record->size());
+  if (start + bytes.size() < end) {
+    std::memset(record->data() + start + bytes.size(), ' ', end - start - bytes.size());
+  }
+}
+
+std::string_view ToRecordBytes(const CodePage& code_page, std::string_view text,
+                               std::string* scratch) {
+  if (IsAscii(text) && KeepsAscii(code_page)) return text;
+  *scratch = code_page.FromUtf8(text);
+  return *scratch;
 }
 
 }  // namespace zephyr

@@ -2,6 +2,7 @@
 // names the file, never crash, hang or return garbage.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <random>
 
 #include "helpers/temp_dir.h"
@@ -20,9 +21,9 @@ class DamagedFileTest : public ::testing::Test {
  protected:
   void SetUp() override {
     path_ = dir_.File("x.zpd");
-    testing::CreateTable(path_, {{"K", "C", 2}, {"V", "C", 3}},
-                         {{"01", "a"}, {"02", "b"}, {"03", "c"}, {"04", "d"}, {"05", "e"},
-                          {"06", "f"}});
+    testing::CreateTable(
+        path_, {{"K", "C", 2}, {"V", "C", 3}},
+        {{"01", "a"}, {"02", "b"}, {"03", "c"}, {"04", "d"}, {"05", "e"}, {"06", "f"}});
     good_ = ReadBytes(path_);
   }
 
@@ -49,8 +50,9 @@ TEST_F(DamagedFileTest, MoreRecordsPromisedThanHeld) {
   WriteBytes(path_, bytes);
   dBase table;
   table.OpenFile(path_);
-  EXPECT_NE(RuntimeErrorOf([&] { table.GetTableValues(); })
-                .find("record 7 of '" + path_ + "' lies beyond the end of the file"),
+  EXPECT_NE(RuntimeErrorOf([&] {
+              table.GetTableValues();
+            }).find("record 7 of '" + path_ + "' lies beyond the end of the file"),
             std::string::npos);
   table.GetRecord(6);
   EXPECT_EQ(table.Value(1), Variant("06"));
@@ -63,8 +65,7 @@ TEST_F(DamagedFileTest, LastRecordCutShort) {
   WriteBytes(path_, good_.substr(0, good_.size() - 3));
   dBase table;
   table.OpenFile(path_);
-  EXPECT_NE(RuntimeErrorOf([&] { table.GetTableValues(); }).find("record 6 of"),
-            std::string::npos);
+  EXPECT_NE(RuntimeErrorOf([&] { table.GetTableValues(); }).find("record 6 of"), std::string::npos);
 }
 
 TEST_F(DamagedFileTest, HugeCountWithRecordLengthZero) {
@@ -122,15 +123,19 @@ TEST_F(DamagedFileTest, RandomDamageNeverEscapesAsAnythingButAnError) {
       bytes[at] = static_cast<char>(random());
     }
     if (round % 5 == 0) bytes.resize(random() % bytes.size());
-    WriteBytes(path_, bytes);
+    // A new file each round: truncating one in place makes the file system
+    // flush it to the disk every time.
+    std::string path = dir_.File("damaged" + std::to_string(round) + ".zpd");
+    WriteBytes(path, bytes);
     dBase table;
     try {
-      table.OpenFile(path_);
+      table.OpenFile(path);
       Variant values = table.GetTableValues();
       if (values.IsArray()) table.SortTableValues(values, 1, round % 3 == 0);
       table.GetRecord(static_cast<int32_t>(random() % 8));
     } catch (const Error&) {
     }
+    std::remove(path.c_str());
   }
 }
 

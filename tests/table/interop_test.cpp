@@ -53,12 +53,12 @@ class OurTableTest : public ::testing::Test {
  protected:
   void SetUp() override {
     path_ = dir_.File("popup.dbf");
-    testing::CreateTable(path_, {{"Popup Code", "C", 6}, {"Name", "C", 40}, {"Note", "C", 20},
-                                 {"Amount", "N", 5}},
-                         {{"  01", "Café Müller", "first"},
-                          {"  0101", "Zoë's \"Œuvre\", Ålborg", "a value longer than twenty"},
-                          {"gone", "deleted", ""},
-                          {"  02", "", "  leading"}});
+    testing::CreateTable(
+        path_, {{"Popup Code", "C", 6}, {"Name", "C", 40}, {"Note", "C", 20}, {"Amount", "N", 5}},
+        {{"  01", "Café Müller", "first"},
+         {"  0101", "Zoë's \"Œuvre\", Ålborg", "a value longer than twenty"},
+         {"gone", "deleted", ""},
+         {"  02", "", "  leading"}});
     dBase table;
     table.OpenMode(dBase::kReadWrite);
     table.OpenFile(path_);
@@ -86,18 +86,18 @@ TEST_F(OurTableTest, DbfreadReadsTheSameFieldsAndValues) {
   WriteBytes(script_path, script);
   std::string output = RunTool(std::string(ZEPHYR_SYSTEM_PYTHON) + " " + script_path + " " + path_);
 
-  std::string wanted =
-      "F POPUP CODE C 6 0\nF NAME C 40 0\nF NOTE C 20 0\nF AMOUNT N 5 0\nN 4 1\n";
+  std::string wanted = "F POPUP CODE C 6 0\nF NAME C 40 0\nF NOTE C 20 0\nF AMOUNT N 5 0\nN 4 1\n";
   // dbfread drops trailing blanks and reads a blank number as None.
   for (const auto& row : expected_) {
-    wanted += "R " + RTrimmed(row[0]) + "|" + RTrimmed(row[1]) + "|" + RTrimmed(row[2]) +
-              "|<none>\n";
+    wanted +=
+        "R " + RTrimmed(row[0]) + "|" + RTrimmed(row[1]) + "|" + RTrimmed(row[2]) + "|<none>\n";
   }
   EXPECT_EQ(output, wanted);
 }
 
 TEST_F(OurTableTest, OgrinfoReadsTheSameFieldsAndValues) {
-  std::string output = RunTool(std::string(ZEPHYR_OGRINFO) + " -ro -al -oo ENCODING=CP1252 " + path_);
+  std::string output =
+      RunTool(std::string(ZEPHYR_OGRINFO) + " -ro -al -oo ENCODING=CP1252 " + path_);
   EXPECT_NE(output.find("Feature Count: 4"), std::string::npos) << output;  // deleted included
   for (const char* definition : {"POPUP CODE: String (6.0)", "NAME: String (40.0)",
                                  "NOTE: String (20.0)", "AMOUNT: Integer (5.0)"}) {
@@ -171,7 +171,7 @@ TEST(TheirTableTest, GdalTablesReadTheSame) {
              "0103,x,last\n");
   WriteBytes(dir.File("in.csvt"), "String(6),String(30),String(8)\n");
   RunTool(std::string(ZEPHYR_OGR2OGR) + " -f \"ESRI Shapefile\" -lco ENCODING=CP1252 " +
-      dir.File("out.dbf") + " " + dir.File("in.csv"));
+          dir.File("out.dbf") + " " + dir.File("in.csv"));
 
   dBase table;
   table.OpenFile(dir.File("out.dbf"));

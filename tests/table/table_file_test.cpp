@@ -120,8 +120,10 @@ TEST(TableFileTest, ValuesAreCutPaddedAndConvertedToTheCodePage) {
   std::string path = dir.File("t.zpd");
   testing::CreateTable(path, {{"K", "C", 4}, {"NAME", "C", 5}},
                        {{"toolong", "Café"}, {"", "ÀÉÎÕÜx"}});
-  EXPECT_EQ(ReadBytes(path).substr(97, 20), " tool""Caf\xE9 "
-                                            "     \xC0\xC9\xCE\xD5\xDC");
+  EXPECT_EQ(ReadBytes(path).substr(97, 20),
+            " tool"
+            "Caf\xE9 "
+            "     \xC0\xC9\xCE\xD5\xDC");
 
   dBase table;
   table.OpenFile(path);
@@ -139,7 +141,10 @@ TEST(TableFileTest, OnlyCharacterColumnsCarryValues) {
   testing::CreateTable(path, {{"C1", "C", 2}, {"N1", "N", 3}, {"D1", "D", 8}, {"M1", "M", 2}}, {});
   std::string bytes = ReadBytes(path);
   EXPECT_EQ(bytes[32 + 32 * 3 + 11], 'C');  // a letter outside the list is written as "C"
-  bytes += " ab123" "20260101" "mm";
+  bytes +=
+      " ab123"
+      "20260101"
+      "mm";
   testing::PutLe32(&bytes, 4, 1);
   bytes.erase(bytes.size() - 16 - 1, 1);  // drop the end-of-file byte before the record
   WriteBytes(path, bytes);

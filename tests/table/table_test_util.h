@@ -40,7 +40,8 @@ inline void CreateTable(const std::string& path, const std::vector<Column>& colu
 
 inline uint32_t Le32(const std::string& bytes, size_t offset) {
   uint32_t value = 0;
-  for (size_t i = 0; i < 4; ++i) value |= uint32_t{static_cast<unsigned char>(bytes[offset + i])} << (8 * i);
+  for (size_t i = 0; i < 4; ++i)
+    value |= uint32_t{static_cast<unsigned char>(bytes[offset + i])} << (8 * i);
   return value;
 }
 

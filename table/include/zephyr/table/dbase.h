@@ -164,6 +164,8 @@ class dBase {
 
  private:
   zephyr::Fields& Columns();
+  // The column at a 1-based index; raises object required (424) when none.
+  const Field& Column(int32_t index) const;
   void CreateTable(const std::string& file_name);
   void ReadStructure(const std::string& file_name);
   void ReadHeader();
