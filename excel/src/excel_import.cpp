@@ -85,7 +85,6 @@ class ExcelImporter {
   void RenumberItems(ImportNode& node, int level, const std::vector<int>& steps);
   void ReFormatZephyrPopup();
   void CopyItems();
-  void SavePopupFiles();
 
   void Fail(ImportOutcome outcome, const std::string& prompt, const std::string& title,
             MessageButtons buttons = MessageButtons::kOkHelp);
@@ -154,7 +153,7 @@ ImportOutcome ExcelImporter::Run() {
   ReFormatZephyrPopup();
   Progress("Copying Data to ZephyrPopup");
   CopyItems();
-  SavePopupFiles();
+  SavePopupInTreeOrder(popup_);
   Log("ExcelImport", "Success");
   return ImportOutcome::kImported;
 }
@@ -602,19 +601,6 @@ void ExcelImporter::CopyItems() {
   for (const auto& node : root_.Children()) copy(*node, *top, nullptr, "", 1);
   popup_.PopupItems()->Clear();
   popup_.PopupItems(top);
-}
-
-void ExcelImporter::SavePopupFiles() {
-  popup_.WriteTemplate();
-  popup_.SavePopup();
-  std::function<void(PopupItems&)> write = [&](PopupItems& items) {
-    for (const auto& item : items) {
-      popup_.WritePopupRecord(item);
-      if (item->HasChildren()) write(*item->Children());
-    }
-  };
-  write(*popup_.PopupItems());
-  popup_.SaveClose();
 }
 
 }  // namespace

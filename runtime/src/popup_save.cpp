@@ -100,4 +100,22 @@ void PopupClass::SaveClose() {
   SyncFolder(folder);
 }
 
+namespace {
+
+void WriteRecords(PopupClass& popup, PopupItems& items) {
+  for (const auto& item : items) {
+    popup.WritePopupRecord(item);
+    if (item->HasChildren()) WriteRecords(popup, *item->Children());
+  }
+}
+
+}  // namespace
+
+void SavePopupInTreeOrder(PopupClass& popup) {
+  popup.WriteTemplate();
+  popup.SavePopup();
+  WriteRecords(popup, *popup.PopupItems());
+  popup.SaveClose();
+}
+
 }  // namespace zephyr

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "helpers/error_number.h"
+
 #include "zephyr/runtime/popup_fields.h"
 #include "zephyr/runtime/popup_items.h"
 #include "zephyr/runtime/popup_levels.h"
@@ -8,15 +10,7 @@
 namespace zephyr {
 namespace {
 
-template <typename Body>
-int32_t ErrorNumberOf(Body body) {
-  try {
-    body();
-  } catch (const Error& error) {
-    return error.Number();
-  }
-  return 0;
-}
+using testing::ErrorNumberOf;
 
 std::vector<std::string> KeysOf(const PopupItems& items) {
   std::vector<std::string> keys;

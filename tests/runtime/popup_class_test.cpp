@@ -2,18 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include "helpers/error_number.h"
+
 namespace zephyr {
 namespace {
 
-template <typename Body>
-int32_t ErrorNumberOf(Body body) {
-  try {
-    body();
-  } catch (const Error& error) {
-    return error.Number();
-  }
-  return 0;
-}
+using testing::ErrorNumberOf;
 
 TEST(PopupClassTest, DataSourceNamesTheFiles) {
   PopupClass popup;

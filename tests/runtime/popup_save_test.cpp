@@ -32,19 +32,7 @@ std::vector<std::string> FolderListing(const std::string& folder) {
   return names;
 }
 
-// Saves the popup with the usual sequence, records in tree order.
-void Save(PopupClass& popup) {
-  popup.WriteTemplate();
-  popup.SavePopup();
-  std::function<void(PopupItems&)> write = [&](PopupItems& items) {
-    for (const auto& item : items) {
-      popup.WritePopupRecord(item);
-      if (item->HasChildren()) write(*item->Children());
-    }
-  };
-  write(*popup.PopupItems());
-  popup.SaveClose();
-}
+void Save(PopupClass& popup) { SavePopupInTreeOrder(popup); }
 
 std::unique_ptr<PopupClass> OpenShop(const std::string& folder, const std::string& base = "Shop") {
   auto popup = std::make_unique<PopupClass>();

@@ -1,20 +1,14 @@
 #include <gtest/gtest.h>
 
+#include "helpers/error_number.h"
+
 #include "zephyr/support/errors.h"
 #include "zephyr/support/variant.h"
 
 namespace zephyr {
 namespace {
 
-template <typename Body>
-int32_t ErrorNumberOf(Body body) {
-  try {
-    body();
-  } catch (const Error& error) {
-    return error.Number();
-  }
-  return 0;
-}
+using testing::ErrorNumberOf;
 
 TEST(ErrorsTest, RuntimeErrorsCarryNumberSourceAndStandardText) {
   RuntimeError error(RuntimeErrorCode::kSubscriptOutOfRange, "line 4 of template 'a.ZPT'");

@@ -146,6 +146,11 @@ class PopupClass : public Object {
   std::shared_ptr<MessageBox> message_box_;
 };
 
+// Saves the whole popup with the usual sequence: WriteTemplate, SavePopup,
+// one WritePopupRecord per item in tree order (each item before its
+// children), SaveClose.
+void SavePopupInTreeOrder(PopupClass& popup);
+
 }  // namespace zephyr
 
 #endif  // ZEPHYR_RUNTIME_POPUP_CLASS_H_
