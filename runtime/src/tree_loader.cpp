@@ -130,10 +130,11 @@ class TreeBuilder {
     }
     progress_.SetValue(++count_);
     auto values = item->PopupValues();
+    values->Reserve(columns_ - 1);
     for (int32_t column = 2; column <= columns_; ++column) {
       const Variant& cell = source_.values->At(column, row);
-      std::string text = cell.ToText();
-      values->Add(Trim(text).empty() ? " " : std::string(RTrim(text)));
+      std::string_view text = cell.IsText() ? std::string_view(cell.Text()) : std::string_view();
+      values->Add(Trim(text).empty() ? std::string(" ") : std::string(RTrim(text)));
     }
     return item;
   }

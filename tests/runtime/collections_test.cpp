@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <numeric>
+#include <random>
+
 #include "helpers/error_number.h"
 
 #include "zephyr/runtime/popup_fields.h"
@@ -141,6 +144,23 @@ TEST(PopupItemTest, IdentitiesFindLiveItemsOnly) {
   EXPECT_EQ(FindItemByIdentity(stale), nullptr);
   EXPECT_EQ(FindItemByIdentity(0), nullptr);
   EXPECT_EQ(FindItemByIdentity(-5), nullptr);
+}
+
+TEST(PopupItemTest, TheRegistryTracksManyItemsFreedInAnyOrder) {
+  std::vector<std::shared_ptr<PopupItem>> items;
+  for (int i = 0; i < 5000; ++i) items.push_back(PopupItem::Create());
+  std::vector<int32_t> identities;
+  for (const auto& item : items) identities.push_back(item->Identity());
+  std::mt19937 random(3);
+  std::vector<size_t> order(items.size());
+  std::iota(order.begin(), order.end(), 0);
+  std::shuffle(order.begin(), order.end(), random);
+  for (size_t i = 0; i < order.size() / 2; ++i) items[order[i]].reset();
+  for (size_t i = 0; i < items.size(); ++i) {
+    ASSERT_EQ(FindItemByIdentity(identities[i]), items[i]) << i;  // null once freed
+  }
+  auto newcomer = PopupItem::Create();
+  for (int32_t identity : identities) EXPECT_NE(newcomer->Identity(), identity);
 }
 
 }  // namespace

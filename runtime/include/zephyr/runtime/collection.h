@@ -7,6 +7,7 @@
 #ifndef ZEPHYR_RUNTIME_COLLECTION_H_
 #define ZEPHYR_RUNTIME_COLLECTION_H_
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -59,8 +60,8 @@ class Collection {
       throw RuntimeError(RuntimeErrorCode::kDuplicateKey, "key '" + key + "'");
     }
     entries_.push_back({std::move(element), std::move(key), true});
-    if (indexed_) {
-      index_.emplace(entries_.back().key, entries_.size() - 1);
+    if (index_) {
+      index_->emplace(entries_.back().key, entries_.size() - 1);
     } else if (entries_.size() > kIndexThreshold) {
       RebuildIndex();
     }
@@ -110,17 +111,18 @@ class Collection {
     // The element is released after the collection is consistent again.
     Pointer removed = std::move(entries_[offset].element);
     entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(offset));
-    if (indexed_) RebuildIndex();
+    if (index_) RebuildIndex();
   }
 
   // Removes every element, first to last.
   void Clear() {
     std::vector<Entry> removed = std::move(entries_);
     entries_.clear();
-    index_.clear();
-    indexed_ = false;
+    index_.reset();
     for (Entry& entry : removed) entry.element.reset();
   }
+
+  void Reserve(int32_t count) { entries_.reserve(static_cast<size_t>(std::max(count, 0))); }
 
   const_iterator begin() const { return const_iterator(entries_.begin()); }
   const_iterator end() const { return const_iterator(entries_.end()); }
@@ -131,9 +133,9 @@ class Collection {
   static constexpr size_t kIndexThreshold = 16;
 
   const Entry* FindEntry(const std::string& key) const {
-    if (indexed_) {
-      auto found = index_.find(key);
-      return found == index_.end() ? nullptr : &entries_[found->second];
+    if (index_) {
+      auto found = index_->find(key);
+      return found == index_->end() ? nullptr : &entries_[found->second];
     }
     for (const Entry& entry : entries_) {
       if (entry.keyed && entry.key == key) return &entry;
@@ -142,12 +144,12 @@ class Collection {
   }
 
   void RebuildIndex() {
-    index_.clear();
-    indexed_ = entries_.size() > kIndexThreshold;
-    if (!indexed_) return;
-    index_.reserve(entries_.size());
+    index_.reset();
+    if (entries_.size() <= kIndexThreshold) return;
+    index_ = std::make_unique<std::unordered_map<std::string, size_t>>();
+    index_->reserve(entries_.size());
     for (size_t i = 0; i < entries_.size(); ++i) {
-      if (entries_[i].keyed) index_.emplace(entries_[i].key, i);
+      if (entries_[i].keyed) index_->emplace(entries_[i].key, i);
     }
   }
 
@@ -160,8 +162,7 @@ class Collection {
 
   std::vector<Entry> entries_;
   // Key -> 0-based position, kept only while the collection is large.
-  std::unordered_map<std::string, size_t> index_;
-  bool indexed_ = false;
+  std::unique_ptr<std::unordered_map<std::string, size_t>> index_;
 };
 
 }  // namespace zephyr

@@ -20,6 +20,8 @@ class PopupValues : public Object {
   // collection's error (9 or 5).
   std::shared_ptr<PopupData> Item(const Variant& vntIndexKey) const;
   int32_t Count() const { return values_.Count(); }
+  // Makes room for `count` values in all without reallocating.
+  void Reserve(int32_t count) { values_.Reserve(count); }
   void Remove(const Variant& vntIndexKey) { values_.Remove(vntIndexKey); }
 
   auto begin() const { return values_.begin(); }
