@@ -24,8 +24,8 @@ struct NumberFormat::Section {
   std::string prefix;  // literal text before the digits
   std::string suffix;  // literal text after the digits
   bool general = false;
-  bool date = false;   // shows a date part (y, d, or m without h/s)
-  bool time = false;   // shows a time part (h, s)
+  bool date = false;  // shows a date part (y, d, or m without h/s)
+  bool time = false;  // shows a time part (h, s)
   bool has_digits = false;
   int min_integer = 0;  // '0' placeholders before the decimal point
   int integer_places = 0;
@@ -43,7 +43,9 @@ namespace {
 
 using Section = NumberFormat::Section;
 
-bool IsPlaceholder(char c) { return c == '0' || c == '#' || c == '?'; }
+bool IsPlaceholder(char c) {
+  return c == '0' || c == '#' || c == '?';
+}
 
 // Splits at ';' outside quotes, escapes and brackets.
 std::vector<std::string_view> SplitSections(std::string_view code) {
@@ -97,8 +99,8 @@ Section ParseSection(std::string_view code) {
       size_t end = std::min(code.find(']', i), code.size());
       std::string_view inside = code.substr(i + 1, end - i - 1);
       if (inside.starts_with("$")) literal(inside.substr(1, inside.find('-') - 1));
-      if (!inside.empty() && (inside[0] == 'h' || inside[0] == 'H' || inside[0] == 's' ||
-                              inside[0] == 'S' || inside[0] == 'm' || inside[0] == 'M')) {
+      // Elapsed time ("[h]", "[mm]"); colours and conditions are skipped.
+      if (!inside.empty() && inside.find_first_not_of("hHmMsS") == std::string_view::npos) {
         s.time = true;
       }
       i = end;
@@ -224,8 +226,8 @@ std::string Fixed(double value, int decimals) {
     if (scaled < kExactIntegers) value = std::round(scaled) / scale;
   }
   char buffer[400];
-  auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed,
-                              decimals);
+  auto result =
+      std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, decimals);
   if (result.ec != std::errc()) return NumberToText(value);
   return std::string(buffer, result.ptr);
 }
@@ -245,7 +247,12 @@ std::string Digits(const Section& s, double value) {
     integer.insert(0, s.min_integer - integer.size(), '0');
   }
   if (s.grouping) {
-    for (int i = static_cast<int>(integer.size()) - 3; i > 0; i -= 3) integer.insert(i, ",");
+    std::string grouped;
+    for (size_t i = 0; i < integer.size(); ++i) {
+      if (i > 0 && (integer.size() - i) % 3 == 0) grouped += ',';
+      grouped += integer[i];
+    }
+    integer = std::move(grouped);
   }
   std::string out = integer;
   if (s.max_decimals > 0) {
@@ -304,29 +311,29 @@ bool AllZero(std::string_view text) {
 }
 
 constexpr std::string_view kBuiltins[] = {
-    "",                       // 0 General
-    "0",                      // 1
-    "0.00",                   // 2
-    "#,##0",                  // 3
-    "#,##0.00",               // 4
-    "#,##0_);(#,##0)",        // 5
-    "#,##0_);[Red](#,##0)",   // 6
-    "#,##0.00_);(#,##0.00)",  // 7
+    "",                            // 0 General
+    "0",                           // 1
+    "0.00",                        // 2
+    "#,##0",                       // 3
+    "#,##0.00",                    // 4
+    "#,##0_);(#,##0)",             // 5
+    "#,##0_);[Red](#,##0)",        // 6
+    "#,##0.00_);(#,##0.00)",       // 7
     "#,##0.00_);[Red](#,##0.00)",  // 8
-    "0%",                     // 9
-    "0.00%",                  // 10
-    "0.00E+00",               // 11
-    "# ?/?",                  // 12
-    "# ?\?/?\?",              // 13
-    "yyyy-mm-dd",             // 14
-    "d-mmm-yy",               // 15
-    "d-mmm",                  // 16
-    "mmm-yy",                 // 17
-    "h:mm AM/PM",             // 18
-    "h:mm:ss AM/PM",          // 19
-    "h:mm",                   // 20
-    "h:mm:ss",                // 21
-    "yyyy-mm-dd h:mm",        // 22
+    "0%",                          // 9
+    "0.00%",                       // 10
+    "0.00E+00",                    // 11
+    "# ?/?",                       // 12
+    "# ?\?/?\?",                   // 13
+    "yyyy-mm-dd",                  // 14
+    "d-mmm-yy",                    // 15
+    "d-mmm",                       // 16
+    "mmm-yy",                      // 17
+    "h:mm AM/PM",                  // 18
+    "h:mm:ss AM/PM",               // 19
+    "h:mm",                        // 20
+    "h:mm:ss",                     // 21
+    "yyyy-mm-dd h:mm",             // 22
 };
 
 }  // namespace
@@ -341,16 +348,26 @@ NumberFormat::NumberFormat(std::string_view code) {
 NumberFormat NumberFormat::Builtin(int id) {
   if (id >= 0 && id < static_cast<int>(std::size(kBuiltins))) return NumberFormat(kBuiltins[id]);
   switch (id) {
-    case 37: return NumberFormat("#,##0 ;(#,##0)");
-    case 38: return NumberFormat("#,##0 ;[Red](#,##0)");
-    case 39: return NumberFormat("#,##0.00;(#,##0.00)");
-    case 40: return NumberFormat("#,##0.00;[Red](#,##0.00)");
-    case 45: return NumberFormat("mm:ss");
-    case 46: return NumberFormat("[h]:mm:ss");
-    case 47: return NumberFormat("mm:ss.0");
-    case 48: return NumberFormat("##0.0E+0");
-    case 49: return NumberFormat("@");
-    default: break;
+    case 37:
+      return NumberFormat("#,##0 ;(#,##0)");
+    case 38:
+      return NumberFormat("#,##0 ;[Red](#,##0)");
+    case 39:
+      return NumberFormat("#,##0.00;(#,##0.00)");
+    case 40:
+      return NumberFormat("#,##0.00;[Red](#,##0.00)");
+    case 45:
+      return NumberFormat("mm:ss");
+    case 46:
+      return NumberFormat("[h]:mm:ss");
+    case 47:
+      return NumberFormat("mm:ss.0");
+    case 48:
+      return NumberFormat("##0.0E+0");
+    case 49:
+      return NumberFormat("@");
+    default:
+      break;
   }
   // East Asian date formats.
   if ((id >= 27 && id <= 36) || (id >= 50 && id <= 58)) return NumberFormat("yyyy-mm-dd");

@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
 #include <vector>
 
 #include "sheet_builder.h"
 #include "xml_parser.h"
-#include "zephyr/support/variant.h"
 #include "zip_archive.h"
 
 namespace zephyr::excel {
@@ -20,7 +21,7 @@ using Kind = WorkbookError::Kind;
 
 constexpr char kContent[] = "content.xml";
 constexpr char kSettings[] = "settings.xml";
-// Longest text one cell can hold; also bounds the spaces one <text:s> adds.
+// The spaces of a <text:s> stop at the longest text a cell can hold.
 constexpr size_t kMaxCellText = 32767;
 // Repeat counts are clamped here: far beyond any grid, small enough not to overflow.
 constexpr uint64_t kMaxRepeat = uint64_t{1} << 32;
@@ -34,28 +35,6 @@ uint64_t RepeatCount(const char* value) {
   }
   return count == 0 ? 1 : count;
 }
-
-// Counts the top-level tables (the sheets) of content.xml.
-class TableNamesHandler : public XmlHandler {
- public:
-  bool StartElement(std::string_view name, const char** attributes) override {
-    if (name == "table" && depth_++ == 0) {
-      const char* table_name = FindAttribute(attributes, "name");
-      names.push_back(table_name ? table_name : "");
-    }
-    return true;
-  }
-  bool EndElement(std::string_view name) override {
-    if (name == "table" && depth_ > 0) --depth_;
-    return true;
-  }
-  bool Text(std::string_view) override { return true; }
-
-  std::vector<std::string> names;
-
- private:
-  int depth_ = 0;
-};
 
 // The first ActiveTable item of settings.xml: the table in view when saved.
 class ActiveTableHandler : public XmlHandler {
@@ -86,13 +65,20 @@ class ActiveTableHandler : public XmlHandler {
   bool in_active_ = false;
 };
 
-// The rows of one table, streamed into a SheetBuilder. A row or cell that is
+// Lists the top-level tables (the sheets) of content.xml and reads the rows
+// of the first one that `wanted` picks into a Sheet. A row or cell that is
 // repeated N times is stored N times only when it holds something; an empty
 // repeated block just moves the position on.
 class TableHandler : public XmlHandler {
  public:
-  TableHandler(size_t table_index, SheetBuilder& builder)
-      : table_index_(table_index), builder_(builder) {}
+  using Wanted = std::function<bool(size_t index, const std::string& name)>;
+
+  // With `read_to_end` false the parse stops after the wanted table.
+  TableHandler(const std::string& path, Wanted wanted, bool read_to_end)
+      : path_(path), wanted_(std::move(wanted)), read_to_end_(read_to_end) {}
+
+  std::vector<std::string> names;
+  std::optional<Sheet> sheet;  // the wanted table's rows, once complete
 
   bool StartElement(std::string_view name, const char** attributes) override {
     if (skip_depth_ > 0) {
@@ -100,10 +86,10 @@ class TableHandler : public XmlHandler {
       return true;
     }
     if (name == "table") {
-      if (table_depth_++ == 0) ++tables_seen_;
+      if (table_depth_++ == 0) StartTable(attributes);
       return true;
     }
-    if (table_depth_ != 1 || tables_seen_ != table_index_ + 1) return true;
+    if (table_depth_ != 1 || !builder_) return true;
     if (in_cell_) {
       StartInCell(name, attributes);
     } else if (name == "table-row") {
@@ -125,11 +111,14 @@ class TableHandler : public XmlHandler {
       return true;
     }
     if (name == "table") {
-      --table_depth_;
-      // The wanted table is complete: nothing after it matters.
-      return !(table_depth_ == 0 && tables_seen_ == table_index_ + 1);
+      if (--table_depth_ == 0 && builder_) {
+        sheet = builder_->Finish();
+        builder_.reset();
+        return read_to_end_;
+      }
+      return true;
     }
-    if (table_depth_ != 1 || tables_seen_ != table_index_ + 1) return true;
+    if (table_depth_ != 1 || !builder_) return true;
     if (name == "table-cell" || name == "covered-table-cell") {
       EndCell();
     } else if (in_cell_ && (name == "p" || name == "h")) {
@@ -141,7 +130,7 @@ class TableHandler : public XmlHandler {
   }
 
   bool Text(std::string_view text) override {
-    if (in_cell_ && paragraph_depth_ > 0 && skip_depth_ == 0) Append(text);
+    if (in_cell_ && paragraph_depth_ > 0 && skip_depth_ == 0) text_.append(text);
     return true;
   }
 
@@ -153,6 +142,14 @@ class TableHandler : public XmlHandler {
     std::string text;
   };
 
+  void StartTable(const char** attributes) {
+    const char* table_name = FindAttribute(attributes, "name");
+    names.emplace_back(table_name ? table_name : "");
+    if (found_ || !wanted_(names.size() - 1, names.back())) return;
+    found_ = true;
+    builder_.emplace(path_, names.back());
+  }
+
   void StartCell(const char** attributes) {
     in_cell_ = true;
     cell_repeat_ = RepeatCount(FindAttribute(attributes, "number-columns-repeated"));
@@ -162,6 +159,7 @@ class TableHandler : public XmlHandler {
     value_type_.clear();
     calc_value_type_.clear();
     fallback_.clear();
+    boolean_ = false;
     has_formula_ = false;
     for (const char** a = attributes; a[0] != nullptr; a += 2) {
       std::string_view key = a[0];
@@ -184,7 +182,7 @@ class TableHandler : public XmlHandler {
     if (name == "annotation" || name == "note") {
       skip_depth_ = 1;
     } else if (name == "p" || name == "h") {
-      if (paragraph_depth_++ == 0 && paragraphs_++ > 0) Append("\n");
+      if (paragraph_depth_++ == 0 && paragraphs_++ > 0) text_ += '\n';
     } else if (paragraph_depth_ == 0) {
       return;
     } else if (name == "s") {
@@ -192,13 +190,11 @@ class TableHandler : public XmlHandler {
       size_t room = kMaxCellText > text_.size() ? kMaxCellText - text_.size() : 0;
       text_.append(std::min<uint64_t>(count, room), ' ');
     } else if (name == "tab") {
-      Append("\t");
+      text_ += '\t';
     } else if (name == "line-break") {
-      Append("\n");
+      text_ += '\n';
     }
   }
-
-  void Append(std::string_view text) { text_.append(text); }
 
   void EndCell() {
     in_cell_ = false;
@@ -226,21 +222,23 @@ class TableHandler : public XmlHandler {
   }
 
   void EndRow() {
-    if (row_hidden_) builder_.HideRows(row_, row_repeat_);
+    if (row_hidden_) builder_->HideRows(row_, row_repeat_);
     for (uint64_t copy = 0; copy < row_repeat_ && !row_cells_.empty(); ++copy) {
       for (const PendingCell& cell : row_cells_) {
         for (uint64_t k = 0; k < cell.repeat; ++k) {
-          builder_.SetCell(row_ + copy, cell.column + k, cell.kind, cell.text);
+          builder_->SetCell(row_ + copy, cell.column + k, cell.kind, cell.text);
         }
       }
     }
     row_ = std::min(row_ + row_repeat_, kMaxRepeat);
   }
 
-  const size_t table_index_;
-  SheetBuilder& builder_;
+  const std::string& path_;
+  const Wanted wanted_;
+  const bool read_to_end_;
+  bool found_ = false;
+  std::optional<SheetBuilder> builder_;  // while inside the wanted table
   int table_depth_ = 0;
-  size_t tables_seen_ = 0;
   int skip_depth_ = 0;
 
   uint64_t row_ = 0;
@@ -263,15 +261,36 @@ class TableHandler : public XmlHandler {
 
 class OdsWorkbook : public Workbook {
  public:
+  // One pass over content.xml lists the tables and reads the active one,
+  // which is usually the only one asked for.
   OdsWorkbook(std::string bytes, std::string path)
       : bytes_(std::move(bytes)), path_(std::move(path)), archive_(bytes_, path_) {
-    TableNamesHandler tables;
-    ParseXmlEntry(archive_, kContent, tables);
-    if (tables.names.empty()) {
+    std::optional<std::string> active_name = ActiveTableName();
+    TableHandler::Wanted active = [&](size_t index, const std::string& name) {
+      return active_name ? name == *active_name : index == 0;
+    };
+    std::optional<TableHandler> tables;
+    tables.emplace(path_, active, true);
+    try {
+      ParseXmlEntry(archive_, kContent, *tables);
+    } catch (const WorkbookError&) {
+      // Bad content in the active table is reported when it is read; only
+      // a broken table list fails the opening.
+      tables.emplace(
+          path_, [](size_t, const std::string&) { return false; }, true);
+      ParseXmlEntry(archive_, kContent, *tables);
+    }
+    if (tables->names.empty()) {
       throw WorkbookError(Kind::kMalformed, path_, "the spreadsheet has no tables");
     }
-    for (std::string& name : tables.names) sheets_.push_back({std::move(name), true});
-    active_ = FindActiveTable();
+    for (std::string& name : tables->names) sheets_.push_back({std::move(name), true});
+    for (size_t i = 0; active_name && i < sheets_.size(); ++i) {
+      if (sheets_[i].name == *active_name) {
+        active_ = i;
+        break;
+      }
+    }
+    if (tables->sheet) active_sheet_ = std::move(tables->sheet);
   }
 
   const std::vector<SheetInfo>& Sheets() const override { return sheets_; }
@@ -279,21 +298,32 @@ class OdsWorkbook : public Workbook {
 
   Sheet ReadSheet(size_t index) override {
     if (index >= sheets_.size()) throw std::out_of_range("no sheet with that index");
-    SheetBuilder builder(path_, sheets_[index].name);
-    TableHandler handler(index, builder);
-    ParseXmlEntry(archive_, kContent, handler);
-    return builder.Finish();
+    if (index == active_ && active_sheet_) {
+      Sheet sheet = std::move(*active_sheet_);
+      active_sheet_.reset();
+      return sheet;
+    }
+    TableHandler tables(
+        path_, [index](size_t i, const std::string&) { return i == index; }, false);
+    ParseXmlEntry(archive_, kContent, tables);
+    if (!tables.sheet) {
+      throw WorkbookError(Kind::kMalformed, path_,
+                          "table '" + sheets_[index].name + "' cannot be found");
+    }
+    return std::move(*tables.sheet);
   }
 
  private:
-  size_t FindActiveTable() const {
-    if (!archive_.Contains(kSettings)) return 0;
+  std::optional<std::string> ActiveTableName() const {
+    if (!archive_.Contains(kSettings)) return std::nullopt;
     ActiveTableHandler settings;
-    ParseXmlEntry(archive_, kSettings, settings);
-    for (size_t i = 0; i < sheets_.size(); ++i) {
-      if (settings.found && sheets_[i].name == settings.active_table) return i;
+    try {
+      ParseXmlEntry(archive_, kSettings, settings);
+    } catch (const WorkbookError&) {
+      return std::nullopt;  // view settings are a nicety; the first table will do
     }
-    return 0;
+    if (!settings.found) return std::nullopt;
+    return settings.active_table;
   }
 
   const std::string bytes_;
@@ -301,6 +331,7 @@ class OdsWorkbook : public Workbook {
   ZipArchive archive_;
   std::vector<SheetInfo> sheets_;
   size_t active_ = 0;
+  std::optional<Sheet> active_sheet_;  // read while listing the tables, until asked for
 };
 
 }  // namespace

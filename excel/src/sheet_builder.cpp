@@ -7,7 +7,9 @@ namespace zephyr::excel {
 namespace {
 
 // Heap bytes a text takes beyond its Cell; short texts live inside the string.
-size_t TextBytes(std::string_view text) { return text.size() < 16 ? 0 : text.size() + 1; }
+size_t TextBytes(std::string_view text) {
+  return text.size() < 16 ? 0 : text.size() + 1;
+}
 
 }  // namespace
 

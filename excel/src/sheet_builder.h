@@ -1,6 +1,7 @@
 // SheetBuilder: collects the cells of one sheet in any order into the dense
-// rows of a Sheet, within WorkbookLimits. Cells that hold nothing are never
-// stored, so a claimed extent or a far-away empty cell costs nothing.
+// rows of a Sheet, within WorkbookLimits. Readers pass only cells that hold
+// something, so a claimed extent or a far-away empty cell costs nothing;
+// every byte stored is charged against kMaxSheetBytes.
 #ifndef ZEPHYR_EXCEL_SRC_SHEET_BUILDER_H_
 #define ZEPHYR_EXCEL_SRC_SHEET_BUILDER_H_
 

@@ -1,6 +1,8 @@
 #include "zephyr/excel/workbook.h"
 
+#include <cctype>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -21,8 +23,11 @@ constexpr uintmax_t kMaxFileBytes = 2 * WorkbookLimits::kMaxEntryBytes;
 
 std::string ReadFile(const std::string& path) {
   std::error_code error;
-  if (!std::filesystem::is_regular_file(path, error)) {
+  if (!std::filesystem::exists(path, error)) {
     throw WorkbookError(Kind::kCannotOpen, path, "no such file");
+  }
+  if (!std::filesystem::is_regular_file(path, error)) {
+    throw WorkbookError(Kind::kCannotOpen, path, "not a regular file");
   }
   uintmax_t size = std::filesystem::file_size(path, error);
   if (error) throw WorkbookError(Kind::kCannotOpen, path, error.message());
@@ -43,10 +48,27 @@ std::string LowerExtension(const std::string& path) {
   return extension;
 }
 
+// True when the archive's mimetype entry, if any, names a spreadsheet: text
+// documents and drawings hold content.xml too, and may hold tables.
+bool IsSpreadsheetPackage(const ZipArchive& archive) {
+  if (!archive.Contains("mimetype")) return true;
+  std::string head;
+  archive.Read("mimetype", [&](std::string_view chunk) {
+    head = chunk.substr(0, 64);
+    return false;
+  });
+  return head.starts_with("application/vnd.oasis.opendocument.spreadsheet");
+}
+
 // The format of a zip archive from the parts it holds.
 WorkbookFormat ArchiveFormat(const std::string& bytes, const std::string& path) {
   ZipArchive archive(bytes, path);
-  if (archive.Contains("content.xml")) return WorkbookFormat::kOds;
+  if (archive.Contains("content.xml")) {
+    if (!IsSpreadsheetPackage(archive)) {
+      throw WorkbookError(Kind::kUnsupportedFormat, path, "the document is no spreadsheet");
+    }
+    return WorkbookFormat::kOds;
+  }
   if (archive.Contains("xl/workbook.xml") || archive.Contains("_rels/.rels")) {
     return WorkbookFormat::kXlsx;
   }

@@ -1,5 +1,6 @@
 #include "xlsx_workbook.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
@@ -23,15 +24,15 @@ bool IsTrue(const char* value) {
   return value != nullptr && (std::strcmp(value, "1") == 0 || std::strcmp(value, "true") == 0);
 }
 
-// Parses a non-negative decimal; false for anything else. Values beyond
-// `cap` come back as `cap`, which every caller treats as out of range.
-bool ParseIndex(std::string_view text, uint64_t* value, uint64_t cap = uint64_t{1} << 40) {
+// Parses a non-negative decimal; false for anything else. Huge values stop
+// at 2^40, far out of every range, instead of wrapping around.
+bool ParseIndex(std::string_view text, uint64_t* value) {
+  constexpr uint64_t kCap = uint64_t{1} << 40;
   if (text.empty()) return false;
   uint64_t result = 0;
   for (char c : text) {
     if (c < '0' || c > '9') return false;
-    result = result * 10 + static_cast<uint64_t>(c - '0');
-    if (result > cap) result = cap;
+    result = std::min(result * 10 + static_cast<uint64_t>(c - '0'), kCap);
   }
   *value = result;
   return true;
@@ -54,8 +55,8 @@ bool ParseCellReference(std::string_view ref, uint64_t* column, uint64_t* row) {
 }
 
 bool IsErrorValue(std::string_view text) {
-  for (std::string_view error : {"#NULL!", "#DIV/0!", "#VALUE!", "#REF!", "#NAME?", "#NUM!",
-                                 "#N/A", "#GETTING_DATA"}) {
+  for (std::string_view error :
+       {"#NULL!", "#DIV/0!", "#VALUE!", "#REF!", "#NAME?", "#NUM!", "#N/A", "#GETTING_DATA"}) {
     if (text == error) return true;
   }
   return false;
@@ -283,9 +284,10 @@ class StylesHandler : public XmlHandler {
       auto found = cache.find(id);
       if (found == cache.end()) {
         auto custom = custom_.find(id);
-        NumberFormat format = custom != custom_.end() ? NumberFormat(custom->second)
-                                                      : NumberFormat::Builtin(static_cast<int>(
-                                                            std::min<uint64_t>(id, 1000)));
+        NumberFormat format =
+            custom != custom_.end()
+                ? NumberFormat(custom->second)
+                : NumberFormat::Builtin(static_cast<int>(std::min<uint64_t>(id, 1000)));
         found = cache.emplace(id, std::move(format)).first;
       }
       formats.push_back(found->second);

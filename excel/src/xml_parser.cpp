@@ -16,8 +16,8 @@ namespace {
 struct ParseState {
   XML_Parser parser = nullptr;
   XmlHandler* handler = nullptr;
-  bool stopped = false;           // the handler ended the parse
-  bool refused_doctype = false;   // a DTD or entity declaration appeared
+  bool stopped = false;          // the handler ended the parse
+  bool refused_doctype = false;  // a DTD or entity declaration appeared
   std::exception_ptr error;
 
   void Stop() {
@@ -48,9 +48,8 @@ void OnEnd(void* data, const XML_Char* name) {
 
 void OnText(void* data, const XML_Char* text, int length) {
   auto* state = static_cast<ParseState*>(data);
-  state->Guard([&] {
-    return state->handler->Text(std::string_view(text, static_cast<size_t>(length)));
-  });
+  state->Guard(
+      [&] { return state->handler->Text(std::string_view(text, static_cast<size_t>(length))); });
 }
 
 void OnDoctype(void* data, const XML_Char*, const XML_Char*, const XML_Char*, int) {
@@ -85,7 +84,7 @@ const char* FindAttribute(const char** attributes, std::string_view name) {
 }
 
 void ParseXmlEntry(const ZipArchive& archive, std::string_view entry, XmlHandler& handler) {
-  std::unique_ptr<XML_ParserStruct, ParserFree> parser(XML_ParserCreate("UTF-8"));
+  std::unique_ptr<XML_ParserStruct, ParserFree> parser(XML_ParserCreate(nullptr));
   if (!parser) throw std::bad_alloc();
   ParseState state;
   state.parser = parser.get();

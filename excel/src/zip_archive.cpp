@@ -41,9 +41,13 @@ ZipArchive::ZipArchive(std::string_view bytes, std::string path) : path_(std::mo
   zip_error_fini(&error);
 }
 
-ZipArchive::~ZipArchive() { zip_discard(archive_); }
+ZipArchive::~ZipArchive() {
+  zip_discard(archive_);
+}
 
-bool ZipArchive::LooksLikeZip(std::string_view bytes) { return bytes.starts_with("PK"); }
+bool ZipArchive::LooksLikeZip(std::string_view bytes) {
+  return bytes.starts_with("PK");
+}
 
 bool ZipArchive::Contains(std::string_view name) const {
   return zip_name_locate(archive_, std::string(name).c_str(), ZIP_FL_NOCASE) >= 0;
@@ -64,8 +68,10 @@ void ZipArchive::Read(std::string_view name,
   // Deflate cannot exceed about 1032:1, so a larger ratio, declared or
   // inflated, marks a crafted entry; the stored size bounds the real output.
   const size_t stored = (stat.valid & ZIP_STAT_COMP_SIZE) ? stat.comp_size : 0;
-  const size_t ratio_limit = std::max<size_t>(stored, 1) * WorkbookLimits::kMaxCompressionRatio;
-  const size_t limit = std::min(WorkbookLimits::kMaxEntryBytes, ratio_limit);
+  const size_t limit =
+      stored >= WorkbookLimits::kMaxEntryBytes / WorkbookLimits::kMaxCompressionRatio
+          ? WorkbookLimits::kMaxEntryBytes
+          : std::max<size_t>(stored, 1) * WorkbookLimits::kMaxCompressionRatio;
   if ((stat.valid & ZIP_STAT_SIZE) && stat.size > limit) {
     fail(WorkbookError::Kind::kTooLarge, "inflates beyond the size limit");
   }

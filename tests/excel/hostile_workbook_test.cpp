@@ -90,8 +90,7 @@ TEST(HostileWorkbookTest, EntityDeclarationsAreRefused) {
       "<!DOCTYPE x [<!ENTITY file SYSTEM \"file:///etc/passwd\">]>"
       "<worksheet><sheetData><row><c t=\"str\"><v>&file;</v></c></row></sheetData></worksheet>";
   EXPECT_EQ(ErrorReading(testing::MakeXlsx(external)), Kind::kMalformed);
-  EXPECT_EQ(ErrorReading(testing::MakeXlsx("<!DOCTYPE worksheet><worksheet/>")),
-            Kind::kMalformed);
+  EXPECT_EQ(ErrorReading(testing::MakeXlsx("<!DOCTYPE worksheet><worksheet/>")), Kind::kMalformed);
 }
 
 TEST(HostileWorkbookTest, ArchiveBombsStopAtTheLimit) {
@@ -124,15 +123,14 @@ TEST(HostileWorkbookTest, CellsBeyondTheGridAreTooLarge) {
   EXPECT_EQ(ErrorReading(Cells("<row r=\"1000000000\"><c><v>1</v></c></row>")), Kind::kTooLarge);
   EXPECT_EQ(ErrorReading(Cells("<row r=\"99999999999999999999999\"/>")), Kind::kTooLarge);
   EXPECT_EQ(ErrorReading(Cells("<row r=\"1048577\"/>")), Kind::kTooLarge);
-  EXPECT_EQ(ErrorReading(Cells("<row r=\"1\"><c r=\"XFE1\"><v>1</v></c></row>")),
-            Kind::kTooLarge);
+  EXPECT_EQ(ErrorReading(Cells("<row r=\"1\"><c r=\"XFE1\"><v>1</v></c></row>")), Kind::kTooLarge);
   EXPECT_EQ(ErrorReading(Cells("<row r=\"1\"><c r=\"ZZZZZZZZ1\"><v>1</v></c></row>")),
             Kind::kTooLarge);
   EXPECT_EQ(ErrorReading(Cells("<row><c r=\"A1048577\"><v>1</v></c></row>")), Kind::kTooLarge);
   // The last row and column themselves are fine.
-  auto workbook = OpenWorkbookBytes(
-      Cells("<row r=\"1048576\"><c r=\"XFD1048576\"><v>1</v></c></row>"), WorkbookFormat::kXlsx,
-      kName);
+  auto workbook =
+      OpenWorkbookBytes(Cells("<row r=\"1048576\"><c r=\"XFD1048576\"><v>1</v></c></row>"),
+                        WorkbookFormat::kXlsx, kName);
   Sheet sheet = workbook->ReadSheet(0);
   ASSERT_EQ(sheet.rows.size(), WorkbookLimits::kMaxRows);
   EXPECT_EQ(sheet.rows.back().cells.size(), WorkbookLimits::kMaxColumns);
@@ -156,10 +154,10 @@ TEST(HostileWorkbookTest, CopiesOfOneTextCannotExhaustMemory) {
   for (char& c : text) c = static_cast<char>('a' + random() % 26);
   std::string cells;
   for (int column = 0; column < 300; ++column) cells += "<c t=\"s\"><v>0</v></c>";
-  EXPECT_EQ(ErrorReading(testing::MakeXlsx(SheetXml("<sheetData><row>" + cells +
-                                                    "</row></sheetData>"),
-                                           "<sst><si><t>" + text + "</t></si></sst>")),
-            Kind::kTooLarge);
+  EXPECT_EQ(
+      ErrorReading(testing::MakeXlsx(SheetXml("<sheetData><row>" + cells + "</row></sheetData>"),
+                                     "<sst><si><t>" + text + "</t></si></sst>")),
+      Kind::kTooLarge);
 }
 
 TEST(HostileWorkbookTest, RepeatedOdsCellsCannotExhaustMemory) {

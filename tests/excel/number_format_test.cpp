@@ -12,7 +12,9 @@
 namespace zephyr::excel {
 namespace {
 
-std::string Show(const char* code, double value) { return NumberFormat(code).Format(value); }
+std::string Show(const char* code, double value) {
+  return NumberFormat(code).Format(value);
+}
 
 TEST(NumberFormatTest, GeneralShowsTheShortestNumber) {
   NumberFormat general;
@@ -75,6 +77,8 @@ TEST(NumberFormatTest, LiteralsEscapesAndCurrencies) {
   EXPECT_EQ(Show("\\$0.00", 3), "$3.00");
   EXPECT_EQ(Show("0.00 \"kg\"", 2), "2.00 kg");
   EXPECT_EQ(Show("\"tel;\"0", 5), "tel;5");  // a quoted ';' is no section break
+  EXPECT_EQ(Show("[Magenta]0.00", 1.5), "1.50");
+  EXPECT_EQ(Show("[>=100]0;0.0", 5), "5");  // conditions are skipped
 }
 
 TEST(NumberFormatTest, ScientificNotation) {
@@ -119,9 +123,9 @@ TEST(IsGeneralTextTest, AcceptsOnlyTextThatGeneralWouldPrint) {
                            "0.000000000000123", "99999.9999999999"}) {
     EXPECT_TRUE(IsGeneralText(text)) << text;
   }
-  for (const char* text : {"", "-", "-0", "00", "01", "1.", ".5", "1.50", "1e5", "1E+20", " 1",
-                           "1,5", "1234567890123456", "0.0000000000000001", "1.23456789012345678",
-                           "0x10", "--1", "1.2.3"}) {
+  for (const char* text :
+       {"", "-", "-0", "00", "01", "1.", ".5", "1.50", "1e5", "1E+20", " 1", "1,5",
+        "1234567890123456", "0.0000000000000001", "1.23456789012345678", "0x10", "--1", "1.2.3"}) {
     EXPECT_FALSE(IsGeneralText(text)) << text;
   }
 }

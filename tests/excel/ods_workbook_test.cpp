@@ -40,8 +40,8 @@ std::string Settings(const std::string& active_table) {
 }
 
 Sheet ReadFirst(const std::string& tables) {
-  auto workbook = OpenWorkbookBytes(testing::MakeOds(Content(tables)), WorkbookFormat::kOds,
-                                    "book.ods");
+  auto workbook =
+      OpenWorkbookBytes(testing::MakeOds(Content(tables)), WorkbookFormat::kOds, "book.ods");
   return workbook->ReadSheet(0);
 }
 
@@ -90,6 +90,7 @@ TEST(OdsPartsTest, ActiveTableComesFromTheSettings) {
   EXPECT_EQ(with->ActiveSheet(), 1u);
   EXPECT_EQ(RowTexts(with->ReadSheet(1), 0), (Texts{"two"}));
   EXPECT_TRUE(with->ReadSheet(0).rows.empty());
+  EXPECT_EQ(RowTexts(with->ReadSheet(1), 0), (Texts{"two"}));  // read again
   auto unknown = OpenWorkbookBytes(testing::MakeOds(Content(tables), Settings("Gone")),
                                    WorkbookFormat::kOds, "b.ods");
   EXPECT_EQ(unknown->ActiveSheet(), 0u);
@@ -97,23 +98,41 @@ TEST(OdsPartsTest, ActiveTableComesFromTheSettings) {
   EXPECT_EQ(without->ActiveSheet(), 0u);
 }
 
+TEST(OdsPartsTest, AnActiveTableTooLargeFailsWhenItIsRead) {
+  std::string tables = "<table:table table:name=\"Small\"><table:table-row>" + TextCell("ok") +
+                       "</table:table-row></table:table><table:table table:name=\"Huge\">"
+                       "<table:table-row table:number-rows-repeated=\"2000000\">" +
+                       TextCell("x") + "</table:table-row></table:table>";
+  auto workbook = OpenWorkbookBytes(testing::MakeOds(Content(tables), Settings("Huge")),
+                                    WorkbookFormat::kOds, "big.ods");
+  ASSERT_EQ(workbook->ActiveSheet(), 1u);
+  EXPECT_EQ(RowTexts(workbook->ReadSheet(0), 0), (Texts{"ok"}));
+  try {
+    workbook->ReadSheet(1);
+    FAIL() << "no error";
+  } catch (const WorkbookError& error) {
+    EXPECT_EQ(error.kind(), WorkbookError::Kind::kTooLarge);
+    EXPECT_EQ(error.path(), "big.ods");
+  }
+}
+
 TEST(OdsPartsTest, RepeatedRowsAndCellsExpandOnlyWhereTheyHoldSomething) {
   auto start = std::chrono::steady_clock::now();
-  Sheet sheet = ReadFirst(
-      "<table:table table:name=\"T\"><table:table-header-rows><table:table-row>" +
-      TextCell("head") +
-      "</table:table-row></table:table-header-rows>"
-      "<table:table-row table:number-rows-repeated=\"2\">"
-      "<table:table-cell table:number-columns-repeated=\"2\"/>" +
-      TextCell("r", " table:number-columns-repeated=\"2\"") +
-      "</table:table-row>"
-      "<table:table-row table:number-rows-repeated=\"3\"><table:table-cell "
-      "table:number-columns-repeated=\"16384\"/></table:table-row>"
-      "<table:table-row>" +
-      TextCell("after gap") +
-      "</table:table-row>"
-      "<table:table-row table:number-rows-repeated=\"1048000\"><table:table-cell "
-      "table:number-columns-repeated=\"16384\"/></table:table-row></table:table>");
+  Sheet sheet =
+      ReadFirst("<table:table table:name=\"T\"><table:table-header-rows><table:table-row>" +
+                TextCell("head") +
+                "</table:table-row></table:table-header-rows>"
+                "<table:table-row table:number-rows-repeated=\"2\">"
+                "<table:table-cell table:number-columns-repeated=\"2\"/>" +
+                TextCell("r", " table:number-columns-repeated=\"2\"") +
+                "</table:table-row>"
+                "<table:table-row table:number-rows-repeated=\"3\"><table:table-cell "
+                "table:number-columns-repeated=\"16384\"/></table:table-row>"
+                "<table:table-row>" +
+                TextCell("after gap") +
+                "</table:table-row>"
+                "<table:table-row table:number-rows-repeated=\"1048000\"><table:table-cell "
+                "table:number-columns-repeated=\"16384\"/></table:table-row></table:table>");
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
   ASSERT_EQ(sheet.rows.size(), 7u);
   EXPECT_EQ(RowTexts(sheet, 0), (Texts{"head"}));
@@ -161,8 +180,8 @@ TEST(OdsPartsTest, DisplayedTextOfParagraphsSpansAndSpaces) {
       "<table:table-cell><text:p>no type</text:p></table:table-cell>"
       "<table:table-cell office:value-type=\"string\"><text:p/></table:table-cell>"
       "</table:table-row></table:table>");
-  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"one   two\tthree\nnext span\nend", "0101", "covered",
-                                       "2.5", "FALSE", "no type"}));
+  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"one   two\tthree\nnext span\nend", "0101", "covered", "2.5",
+                                       "FALSE", "no type"}));
   EXPECT_EQ(KindAt(sheet, 0, 1), CellKind::kNumber);
   EXPECT_EQ(KindAt(sheet, 0, 3), CellKind::kNumber);
   EXPECT_EQ(KindAt(sheet, 0, 4), CellKind::kBoolean);
@@ -191,12 +210,12 @@ TEST(OdsPartsTest, ErrorValuesOfFormulas) {
 
 TEST(OdsPartsTest, NestedTablesAreNoSheets) {
   auto workbook = OpenWorkbookBytes(
-      testing::MakeOds(Content(
-          "<table:table table:name=\"Outer\"><table:table-row><table:table-cell>"
-          "<table:table table:name=\"Inner\"><table:table-row>" +
-          TextCell("inner") +
-          "</table:table-row></table:table></table:table-cell>" + TextCell("outer") +
-          "</table:table-row></table:table><table:table table:name=\"Next\"/>")),
+      testing::MakeOds(
+          Content("<table:table table:name=\"Outer\"><table:table-row><table:table-cell>"
+                  "<table:table table:name=\"Inner\"><table:table-row>" +
+                  TextCell("inner") + "</table:table-row></table:table></table:table-cell>" +
+                  TextCell("outer") +
+                  "</table:table-row></table:table><table:table table:name=\"Next\"/>")),
       WorkbookFormat::kOds, "n.ods");
   ASSERT_EQ(workbook->Sheets().size(), 2u);
   EXPECT_EQ(workbook->Sheets()[1].name, "Next");

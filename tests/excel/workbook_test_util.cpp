@@ -51,8 +51,9 @@ std::string MakeXlsx(const std::string& sheet_xml, const std::string& shared_str
                      const std::string& styles_xml) {
   constexpr char kRelationships[] =
       "http://schemas.openxmlformats.org/officeDocument/2006/relationships";
-  std::string rels = std::string("<Relationships xmlns=\"http://schemas.openxmlformats.org/"
-                                 "package/2006/relationships\">") +
+  std::string rels = std::string(
+                         "<Relationships xmlns=\"http://schemas.openxmlformats.org/"
+                         "package/2006/relationships\">") +
                      "<Relationship Id=\"rId1\" Type=\"" + kRelationships +
                      "/worksheet\" Target=\"worksheets/sheet1.xml\"/>";
   ZipEntries entries = {

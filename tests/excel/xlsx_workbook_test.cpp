@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <xlsxwriter.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -218,26 +219,27 @@ TEST(XlsxPartsTest, SharedStringsJoinRunsAndSkipPhoneticReadings) {
 }
 
 TEST(XlsxPartsTest, CellTypesAndInlineRichText) {
-  Sheet sheet = ReadOnly(testing::MakeXlsx(SheetXml(
-      "<row r=\"1\">"
-      "<c r=\"A1\" t=\"inlineStr\"><is><r><t>in</t></r><r><t>line</t></r></is></c>"
-      "<c r=\"B1\" t=\"str\"><f>A1</f><v>formula text</v></c>"
-      "<c r=\"C1\" t=\"e\"><f>1/0</f><v>#DIV/0!</v></c>"
-      "<c r=\"D1\" t=\"b\"><v>0</v></c>"
-      "<c r=\"E1\" t=\"n\"><v>1E+20</v></c>"
-      "<c r=\"F1\"><v>-0.5</v></c>"
-      "<c r=\"G1\"><f>NOW()</f></c>"
-      "<c r=\"H1\" s=\"3\"/>"
-      "<c r=\"I1\" t=\"d\"><v>2023-03-15</v></c>"
-      "</row>")));
-  EXPECT_EQ(RowTexts(sheet, 0),
-            (Texts{"inline", "formula text", "#DIV/0!", "FALSE", "1E+20", "-0.5", "", "",
-                   "2023-03-15"}));
+  Sheet sheet = ReadOnly(testing::MakeXlsx(
+      SheetXml("<row r=\"1\">"
+               "<c r=\"A1\" t=\"inlineStr\"><is><r><t>in</t></r><r><t>line</t></r></is></c>"
+               "<c r=\"B1\" t=\"str\"><f>A1</f><v>formula text</v></c>"
+               "<c r=\"C1\" t=\"e\"><f>1/0</f><v>#DIV/0!</v></c>"
+               "<c r=\"D1\" t=\"b\"><v>0</v></c>"
+               "<c r=\"E1\" t=\"n\"><v>1E+20</v></c>"
+               "<c r=\"F1\"><v>-0.5</v></c>"
+               "<c r=\"G1\"><f>NOW()</f></c>"
+               "<c r=\"H1\" s=\"3\"/>"
+               "<c r=\"I1\" t=\"d\"><v>2023-03-15</v></c>"
+               "<c r=\"J1\" t=\"str\"><f>NA()</f><v>#N/A</v></c>"
+               "</row>")));
+  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"inline", "formula text", "#DIV/0!", "FALSE", "1E+20",
+                                       "-0.5", "", "", "2023-03-15", "#N/A"}));
   EXPECT_EQ(KindAt(sheet, 0, 0), CellKind::kText);
   EXPECT_EQ(KindAt(sheet, 0, 2), CellKind::kError);
   EXPECT_EQ(KindAt(sheet, 0, 3), CellKind::kBoolean);
   EXPECT_EQ(KindAt(sheet, 0, 5), CellKind::kNumber);
   EXPECT_EQ(KindAt(sheet, 0, 6), CellKind::kEmpty);
+  EXPECT_EQ(KindAt(sheet, 0, 9), CellKind::kError);  // an error result cached as text
 }
 
 TEST(XlsxPartsTest, RowsAndCellsWithoutReferencesFollowTheirPredecessors) {
@@ -255,9 +257,9 @@ TEST(XlsxPartsTest, RowsAndCellsWithoutReferencesFollowTheirPredecessors) {
 }
 
 TEST(XlsxPartsTest, HiddenEmptyRowsBetweenCellsAreReported) {
-  Sheet sheet = ReadOnly(testing::MakeXlsx(SheetXml(
-      "<row r=\"1\"><c><v>1</v></c></row><row r=\"2\" hidden=\"1\"/>"
-      "<row r=\"3\"><c><v>3</v></c></row><row r=\"9\" hidden=\"1\"/>")));
+  Sheet sheet = ReadOnly(
+      testing::MakeXlsx(SheetXml("<row r=\"1\"><c><v>1</v></c></row><row r=\"2\" hidden=\"1\"/>"
+                                 "<row r=\"3\"><c><v>3</v></c></row><row r=\"9\" hidden=\"1\"/>")));
   ASSERT_EQ(sheet.rows.size(), 3u);  // the trailing hidden row holds nothing
   EXPECT_TRUE(sheet.rows[1].hidden);
   EXPECT_FALSE(sheet.rows[2].hidden);
@@ -282,12 +284,11 @@ TEST(XlsxPartsTest, NumberFormatsComeFromCellStyles) {
 // Two sheets, one with an absolute and one with a "../" target; no
 // activeTab, so the selected tab decides.
 TEST(XlsxPartsTest, RelationshipTargetsAndSelectedTab) {
-  std::string rels = std::string("<Relationships>") +
-                     "<Relationship Id=\"a\" Type=\"" + kRelationshipsNs +
-                     "/worksheet\" Target=\"/xl/worksheets/one.xml\"/>"
-                     "<Relationship Id=\"b\" Type=\"" +
-                     kRelationshipsNs +
-                     "/worksheet\" Target=\"../xl/./worksheets/two.xml\"/></Relationships>";
+  std::string rels =
+      std::string("<Relationships>") + "<Relationship Id=\"a\" Type=\"" + kRelationshipsNs +
+      "/worksheet\" Target=\"/xl/worksheets/one.xml\"/>"
+      "<Relationship Id=\"b\" Type=\"" +
+      kRelationshipsNs + "/worksheet\" Target=\"../xl/./worksheets/two.xml\"/></Relationships>";
   std::string bytes = testing::MakeZip({
       {"_rels/.rels", std::string("<Relationships><Relationship Id=\"r\" Type=\"") +
                           kRelationshipsNs +
@@ -328,6 +329,8 @@ TEST(XlsxPartsTest, FormatDetectionFromContent) {
     }
   };
   expect_error("missing.xlsx", WorkbookError::Kind::kCannotOpen);
+  std::filesystem::create_directory(dir.File("folder.xlsx"));
+  expect_error("folder.xlsx", WorkbookError::Kind::kCannotOpen);
   testing::WriteBytes(dir.File("text.xlsx"), "not a zip");
   expect_error("text.xlsx", WorkbookError::Kind::kMalformed);
   testing::WriteBytes(dir.File("notes.txt"), "a,b");
@@ -336,6 +339,10 @@ TEST(XlsxPartsTest, FormatDetectionFromContent) {
   expect_error("legacy.xls", WorkbookError::Kind::kUnsupportedFormat);
   testing::WriteBytes(dir.File("other.zip"), testing::MakeZip({{"readme.txt", "hi"}}));
   expect_error("other.zip", WorkbookError::Kind::kUnsupportedFormat);
+  testing::WriteBytes(dir.File("letter.odt"),
+                      testing::MakeZip({{"mimetype", "application/vnd.oasis.opendocument.text"},
+                                        {"content.xml", "<office:document-content/>"}}));
+  expect_error("letter.odt", WorkbookError::Kind::kUnsupportedFormat);
 }
 
 }  // namespace

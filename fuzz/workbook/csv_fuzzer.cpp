@@ -1,0 +1,7 @@
+// Feeds arbitrary bytes to the csv reader.
+#include "read_every_sheet.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  zephyr::fuzzing::ReadEverySheet(data, size, zephyr::excel::WorkbookFormat::kCsv, "fuzz.csv");
+  return 0;
+}

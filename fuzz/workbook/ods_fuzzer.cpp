@@ -1,0 +1,7 @@
+// Feeds arbitrary bytes to the ods reader.
+#include "read_every_sheet.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  zephyr::fuzzing::ReadEverySheet(data, size, zephyr::excel::WorkbookFormat::kOds, "fuzz.ods");
+  return 0;
+}
