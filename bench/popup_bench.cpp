@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <random>
 #include <string>
 #include <vector>
@@ -29,13 +28,23 @@ std::vector<int> Shape(int64_t items) {
   return {10, 10, 10, 9};                           // 10,110 items
 }
 
-std::string TempFolder() {
+// Generated popups are kept between runs so that a run measures reads of
+// settled files, not files still being written back.
+std::string Folder() {
   static const std::string folder = [] {
-    std::string path = (std::filesystem::temp_directory_path() / "zephyr-bench-XXXXXX").string();
-    if (!::mkdtemp(path.data())) std::abort();
-    return path;
+    auto path = std::filesystem::temp_directory_path() / "zephyr-bench-popups";
+    std::filesystem::create_directories(path);
+    return path.string();
   }();
   return folder;
+}
+
+// The record count in the header of an existing table, or -1.
+int64_t RecordsOnDisk(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  unsigned char header[8] = {};
+  if (!in.read(reinterpret_cast<char*>(header), sizeof header)) return -1;
+  return header[4] | header[5] << 8 | header[6] << 16 | int64_t{header[7]} << 24;
 }
 
 std::string Text(std::mt19937& random, size_t length) {
@@ -48,8 +57,8 @@ std::string Text(std::mt19937& random, size_t length) {
 
 // Writes the popup NAME (template and table) once and returns its item count.
 int64_t MakePopup(const std::string& name, int64_t items) {
-  static std::map<std::string, int64_t> made;
-  if (auto found = made.find(name); found != made.end()) return found->second;
+  std::string table = Folder() + "/" + name + ".ZPD";
+  if (int64_t records = RecordsOnDisk(table); records > 0) return records;
   std::vector<int> shape = Shape(items);
   std::mt19937 random(42);
   std::vector<std::vector<std::string>> rows;
@@ -67,13 +76,14 @@ int64_t MakePopup(const std::string& name, int64_t items) {
     paths = std::move(next);
   }
   std::shuffle(rows.begin(), rows.end(), random);
-  MinimalWrite(TempFolder() + "/" + name + ".ZPD",
-               {{"POPUP_CODE", 8}, {"FIELD2", 40}, {"FIELD3", 20}}, rows);
-  std::ofstream(TempFolder() + "/" + name + ".ZPT", std::ios::binary)
+  MinimalWrite(Folder() + "/" + name + ".ZPD", {{"POPUP_CODE", 8}, {"FIELD2", 40}, {"FIELD3", 20}},
+               rows);
+  std::ofstream(Folder() + "/" + name + ".ZPT", std::ios::binary)
       << "\"Benchmark\"\r\n4\r\n2,\"A\"\r\n2,\"B\"\r\n2,\"C\"\r\n2,\"D\"\r\n2\r\n"
          "9,40,\"Description\"\r\n49,20,\"Note\"\r\n";
-  made[name] = static_cast<int64_t>(rows.size());
-  return made[name];
+  // The table last, so that a run cut short leaves no table without its template.
+  MinimalWrite(table, {{"POPUP_CODE", 8}, {"FIELD2", 40}, {"FIELD3", 20}}, rows);
+  return static_cast<int64_t>(rows.size());
 }
 
 std::string PopupName(int64_t items) {
@@ -88,7 +98,7 @@ int64_t ResidentBytes() {
 
 std::unique_ptr<PopupClass> Open(const std::string& name) {
   auto popup = std::make_unique<PopupClass>();
-  popup->PopupPath(TempFolder());
+  popup->PopupPath(Folder());
   popup->DataSource(name);
   popup->OpenPopup();
   return popup;
@@ -117,7 +127,7 @@ void BM_MinimalReadPopupTable(benchmark::State& state) {
   std::string name = PopupName(state.range(0));
   MakePopup(name, state.range(0));
   for (auto _ : state) {
-    benchmark::DoNotOptimize(MinimalRead(TempFolder() + "/" + name + ".ZPD").size());
+    benchmark::DoNotOptimize(MinimalRead(Folder() + "/" + name + ".ZPD").size());
   }
 }
 
@@ -125,7 +135,7 @@ void BM_SavePopup(benchmark::State& state) {
   std::string name = PopupName(state.range(0));
   int64_t items = MakePopup(name, state.range(0));
   auto popup = Open(name);
-  popup->DataSource(name + "-saved");  // saves beside the original
+  popup->DataSource(name + "-saved");                 // saves beside the original
   for (auto _ : state) SavePopupInTreeOrder(*popup);  // flushes and renames too
   state.SetItemsProcessed(state.iterations() * items);
 }

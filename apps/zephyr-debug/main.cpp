@@ -3,13 +3,13 @@
 // the component sends: time, application, module, procedure and message,
 // separated by tabs, one line each.
 #include <dbus/dbus.h>
+#include <sys/time.h>
 
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <string>
-#include <sys/time.h>
 
 #include "zephyr/support/debug_log.h"
 
@@ -17,7 +17,9 @@ namespace {
 
 volatile std::sig_atomic_t g_stop = 0;
 
-void OnSignal(int) { g_stop = 1; }
+void OnSignal(int) {
+  g_stop = 1;
+}
 
 // Tabs and line breaks inside a field would break the one-line-per-message
 // output, so they are written as \t, \r and \n.
@@ -25,11 +27,20 @@ std::string Escaped(const char* text) {
   std::string out;
   for (const char* p = text; *p; ++p) {
     switch (*p) {
-      case '\t': out += "\\t"; break;
-      case '\n': out += "\\n"; break;
-      case '\r': out += "\\r"; break;
-      case '\\': out += "\\\\"; break;
-      default: out.push_back(*p);
+      case '\t':
+        out += "\\t";
+        break;
+      case '\n':
+        out += "\\n";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      case '\\':
+        out += "\\\\";
+        break;
+      default:
+        out.push_back(*p);
     }
   }
   return out;
@@ -42,13 +53,13 @@ std::string Now() {
   localtime_r(&now.tv_sec, &local);
   char text[64];
   size_t length = std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &local);
-  std::snprintf(text + length, sizeof text - length, ".%03ld", static_cast<long>(now.tv_usec / 1000));
+  std::snprintf(text + length, sizeof text - length, ".%03ld",
+                static_cast<long>(now.tv_usec / 1000));
   return text;
 }
 
 DBusHandlerResult OnMessage(DBusConnection* connection, DBusMessage* message, void*) {
-  if (!dbus_message_is_method_call(message, zephyr::kDebugServerName,
-                                   zephyr::kDebugServerMethod)) {
+  if (!dbus_message_is_method_call(message, zephyr::kDebugServerName, zephyr::kDebugServerMethod)) {
     return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
   }
   const char* fields[4] = {};
@@ -63,11 +74,13 @@ DBusHandlerResult OnMessage(DBusConnection* connection, DBusMessage* message, vo
     std::fflush(stdout);
     reply = dbus_message_new_method_return(message);
   } else {
-    reply = dbus_message_new_error(message, DBUS_ERROR_INVALID_ARGS,
-                                   "Send takes four strings: application, module, procedure, message");
+    reply =
+        dbus_message_new_error(message, DBUS_ERROR_INVALID_ARGS,
+                               "Send takes four strings: application, module, procedure, message");
     dbus_error_free(&error);
   }
-  if (reply && !dbus_message_get_no_reply(message)) dbus_connection_send(connection, reply, nullptr);
+  if (reply && !dbus_message_get_no_reply(message))
+    dbus_connection_send(connection, reply, nullptr);
   if (reply) dbus_message_unref(reply);
   return DBUS_HANDLER_RESULT_HANDLED;
 }
@@ -92,7 +105,8 @@ int main(int argc, char** argv) {
   }
   const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
   if (!address || !*address) {
-    std::fprintf(stderr, "zephyr-debug: no D-Bus session bus (DBUS_SESSION_BUS_ADDRESS is not set)\n");
+    std::fprintf(stderr,
+                 "zephyr-debug: no D-Bus session bus (DBUS_SESSION_BUS_ADDRESS is not set)\n");
     return 1;
   }
   DBusError error;

@@ -12,7 +12,9 @@ namespace zephyr::cli {
 
 namespace {
 
-bool CanAsk() { return ::isatty(STDIN_FILENO) == 1 && ::isatty(STDERR_FILENO) == 1; }
+bool CanAsk() {
+  return ::isatty(STDIN_FILENO) == 1 && ::isatty(STDERR_FILENO) == 1;
+}
 
 // The message as terminal lines: CR LF pairs become line breaks.
 std::string Lines(const std::string& text) {
@@ -49,8 +51,10 @@ MessageAnswer TerminalMessageBox::Show(const Message& message) {
 int TerminalLevelPrompt::PromptForLevels() {
   if (preset_) return *preset_;
   if (!CanAsk()) {
-    std::fprintf(stderr, "%s: the sheet has no keys; how many question levels does it have? "
-                         "(use --levels N)\n", excel::kLevelPromptCaption);
+    std::fprintf(stderr,
+                 "%s: the sheet has no keys; how many question levels does it have? "
+                 "(use --levels N)\n",
+                 excel::kLevelPromptCaption);
     return -1;
   }
   while (true) {

@@ -221,7 +221,8 @@ int New(const Arguments& args) {
   if (levels.empty()) throw UsageError{"new needs at least one --level"};
   if (levels.size() > 127) throw UsageError{"a popup has at most 127 levels"};
   for (const std::string& text : levels) {
-    if (text.find('"') != std::string::npos) throw UsageError{"questions cannot hold double quotes"};
+    if (text.find('"') != std::string::npos)
+      throw UsageError{"questions cannot hold double quotes"};
   }
   if (title.find('"') != std::string::npos) throw UsageError{"the title cannot hold double quotes"};
 

@@ -24,6 +24,8 @@ bool PopupName::Exists() const {
   return PathExists(WithTrailingSlash(folder) + name);
 }
 
-std::string PopupName::Display() const { return folder.empty() ? base : folder + "/" + base; }
+std::string PopupName::Display() const {
+  return folder.empty() ? base : folder + "/" + base;
+}
 
 }  // namespace zephyr::cli

@@ -16,7 +16,8 @@ void ExcelArray::AddRow(std::vector<std::string> cells) {
 const std::string& ExcelArray::Cell(int32_t row, int32_t column) const {
   if (row < 1 || row > RowCount() || column < 1) return kEmpty;
   const auto& cells = rows_[static_cast<size_t>(row - 1)];
-  return static_cast<size_t>(column) <= cells.size() ? cells[static_cast<size_t>(column - 1)] : kEmpty;
+  return static_cast<size_t>(column) <= cells.size() ? cells[static_cast<size_t>(column - 1)]
+                                                     : kEmpty;
 }
 
 std::string ExcelArray::Trimmed(int32_t row, int32_t column) const {

@@ -26,7 +26,8 @@ std::string SheetName(const std::string& title) {
 
 std::string Value(PopupItem& item, int32_t index) {
   auto values = item.PopupValues();
-  return index <= values->Count() ? std::string(RTrim(values->Item(index)->Value())) : std::string();
+  return index <= values->Count() ? std::string(RTrim(values->Item(index)->Value()))
+                                  : std::string();
 }
 
 class Exporter {
@@ -78,7 +79,8 @@ class Exporter {
       for (const auto& child : *item.Children()) Visit(*child, texts);
     } else if (static_cast<int>(texts.size()) < popup_.Levels()) {
       Note(item, "is a leaf at level " + std::to_string(texts.size()) + " of " +
-                     std::to_string(popup_.Levels()) + "; only leaves of the deepest level are written");
+                     std::to_string(popup_.Levels()) +
+                     "; only leaves of the deepest level are written");
     } else {
       WriteLeaf(item, texts);
     }

@@ -207,8 +207,9 @@ bool ExcelImporter::ReadActiveSheet(Sheet* sheet) {
     std::unique_ptr<Workbook> book = OpenWorkbook(path_);
     const auto& sheets = book->Sheets();
     if (sheets.empty()) {
-      Fail(ImportOutcome::kUnreadable, std::string(kNoWorkbook) + "\r\n'" + path_ + "': it has no sheets",
-           "", MessageButtons::kOk);
+      Fail(ImportOutcome::kUnreadable,
+           std::string(kNoWorkbook) + "\r\n'" + path_ + "': it has no sheets", "",
+           MessageButtons::kOk);
       return false;
     }
     const SheetInfo& active = sheets[book->ActiveSheet()];
@@ -223,8 +224,8 @@ bool ExcelImporter::ReadActiveSheet(Sheet* sheet) {
     return true;
   } catch (const WorkbookError& error) {
     const char* text = error.kind() == WorkbookError::Kind::kUnsupportedFormat ? kNoExcel
-                       : error.kind() == WorkbookError::Kind::kNotWorksheet   ? kNoWorksheet
-                                                                              : kNoWorkbook;
+                       : error.kind() == WorkbookError::Kind::kNotWorksheet    ? kNoWorksheet
+                                                                               : kNoWorkbook;
     Fail(ImportOutcome::kUnreadable, std::string(text) + "\r\n" + error.what(), "",
          MessageButtons::kOk);
     return false;
@@ -284,8 +285,10 @@ bool ExcelImporter::ScanNoKey() {
     ui_.progress.SetValue(row);
     if (!sheet_.Trimmed(row, 1).empty()) {
       Fail(ImportOutcome::kRuleFailed,
-           std::string("Inconsistent Key Values. Keys must either all be numeric, of the same length "
-                       "or all blank.") + kRulesHelp,
+           std::string(
+               "Inconsistent Key Values. Keys must either all be numeric, of the same length "
+               "or all blank.") +
+               kRulesHelp,
            "Invalid Key Data");
       return false;
     }
@@ -312,9 +315,10 @@ bool ExcelImporter::ScanWithKey() {
                 "Key Not Numeric");
   }
   if (first.size() % 2 != 0) {
-    return fail("The First Key does not conform to ZephyrPopup Key Standards. The Keys must be an "
-                "even number lenght and numeric.",
-                "Invalid Key Length");
+    return fail(
+        "The First Key does not conform to ZephyrPopup Key Standards. The Keys must be an "
+        "even number lenght and numeric.",
+        "Invalid Key Length");
   }
   levels_ = static_cast<int>(first.size() / 2);
   for (int32_t row = 2; row <= Rows(); ++row) {
@@ -355,8 +359,8 @@ bool ExcelImporter::AskAboutStructure() {
       "Excel Sheet.\r\n\r\n*****LEVEL DETAIL*****\r\nZephyrPopup Levels: " +
       std::to_string(popup_.Levels()) + "\r\nExcel Levels:   " + std::to_string(levels_) +
       "\r\n\r\n*****COMPANION DATA DETAIL*****\r\nZephyrPopup Companion Data Fields: " +
-      std::to_string(PopupCompanionFields()) + "\r\nExcel Companion Data Fields:   " +
-      std::to_string(CompanionColumns()) +
+      std::to_string(PopupCompanionFields()) +
+      "\r\nExcel Companion Data Fields:   " + std::to_string(CompanionColumns()) +
       "\r\n\r\nDo you wish ZephyrPopup to use its structure and override the Excel structure?\r\n"
       "Answering NO will force ZephyrPoup to recreate it's structure using the Excel structure";
   question.title = "Data Structure Differences Detected";
@@ -611,7 +615,8 @@ std::string ImportHelpFile() {
   return (error ? std::string(".") : program.parent_path().string()) + "/zephyrPOpup2Excel.hlp";
 }
 
-ImportOutcome ImportFromWorkbook(PopupClass& popup, const std::string& workbook_path, ImportUi& ui) {
+ImportOutcome ImportFromWorkbook(PopupClass& popup, const std::string& workbook_path,
+                                 ImportUi& ui) {
   try {
     return ExcelImporter(popup, workbook_path, ui).Run();
   } catch (const std::exception& error) {

@@ -13,8 +13,9 @@ void PopupClass::ModifyKey(std::string_view NewKey, const std::shared_ptr<PopupI
   int64_t position = Item->Level() == StartLevel ? static_cast<int64_t>(key.size()) - 1
                                                  : 2 * static_cast<int64_t>(StartLevel) - 1;
   if (position < 1 || position > static_cast<int64_t>(key.size())) {
-    throw RuntimeError(RuntimeErrorCode::kInvalidArgument,
-                       "level " + std::to_string(StartLevel) + " has no code in the key '" + key + "'");
+    throw RuntimeError(
+        RuntimeErrorCode::kInvalidArgument,
+        "level " + std::to_string(StartLevel) + " has no code in the key '" + key + "'");
   }
   // At most two characters are overwritten; the key never changes length.
   size_t start = static_cast<size_t>(position - 1);
@@ -26,7 +27,8 @@ void PopupClass::ModifyKey(std::string_view NewKey, const std::shared_ptr<PopupI
   }
 }
 
-void PopupClass::DeleteLevel(int16_t LeveltoDelete, const std::shared_ptr<zephyr::PopupItems>& items) {
+void PopupClass::DeleteLevel(int16_t LeveltoDelete,
+                             const std::shared_ptr<zephyr::PopupItems>& items) {
   for (const auto& item : *items) {
     if (item->Level() == LeveltoDelete - 1) {
       auto children = item->Children();

@@ -16,7 +16,9 @@ bool AllDigits(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
-std::string Quote(std::string_view key) { return "'" + std::string(key) + "'"; }
+std::string Quote(std::string_view key) {
+  return "'" + std::string(key) + "'";
+}
 
 // The rows the loader would place in the tree: those reachable from the root
 // through child patterns.
@@ -24,7 +26,8 @@ std::vector<bool> ReachableRows(const std::vector<std::string>& keys, int levels
   size_t compared = static_cast<size_t>(2 * levels - 2);
   std::unordered_map<std::string_view, std::vector<size_t>> groups;
   for (size_t i = 0; i < keys.size(); ++i) {
-    if (keys[i].size() >= compared) groups[std::string_view(keys[i]).substr(0, compared)].push_back(i);
+    if (keys[i].size() >= compared)
+      groups[std::string_view(keys[i]).substr(0, compared)].push_back(i);
   }
   std::vector<bool> reached(keys.size(), false);
   std::unordered_set<std::string> visited;

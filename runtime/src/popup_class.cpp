@@ -1,9 +1,9 @@
 #include "zephyr/runtime/popup_class.h"
 
 #include "zephyr/support/debug_log.h"
-#include "zephyr/table/dbase.h"
 #include "zephyr/support/errors.h"
 #include "zephyr/support/text.h"
+#include "zephyr/table/dbase.h"
 
 namespace zephyr {
 
@@ -65,7 +65,9 @@ void PopupClass::SetMessageBox(std::shared_ptr<MessageBox> message_box) {
   message_box_ = message_box ? std::move(message_box) : std::make_shared<StderrMessageBox>();
 }
 
-void PopupClass::Title(std::string_view title) { title_ = std::string(Trim(title)); }
+void PopupClass::Title(std::string_view title) {
+  title_ = std::string(Trim(title));
+}
 
 void PopupClass::DataSource(std::string name) {
   data_source_ = std::move(name);

@@ -104,11 +104,15 @@ ItemRegistry& Registry() {
 
 }  // namespace
 
-std::shared_ptr<PopupItem> PopupItem::Create() { return std::make_shared<PopupItem>(Token{}); }
+std::shared_ptr<PopupItem> PopupItem::Create() {
+  return std::make_shared<PopupItem>(Token{});
+}
 
 PopupItem::PopupItem(Token) : identity_(Registry().Register(this)) {}
 
-PopupItem::~PopupItem() { Registry().Unregister(identity_); }
+PopupItem::~PopupItem() {
+  Registry().Unregister(identity_);
+}
 
 std::shared_ptr<PopupValues> PopupItem::PopupValues() {
   if (!values_) values_ = std::make_shared<zephyr::PopupValues>();
@@ -120,7 +124,9 @@ std::shared_ptr<PopupItems> PopupItem::Children() {
   return children_;
 }
 
-bool PopupItem::HasChildren() const { return children_ && children_->Count() > 0; }
+bool PopupItem::HasChildren() const {
+  return children_ && children_->Count() > 0;
+}
 
 std::shared_ptr<PopupItem> FindItemByIdentity(int32_t identity) {
   return Registry().Find(identity);

@@ -5,9 +5,13 @@
 
 namespace zephyr {
 
-std::string CompactPath(std::string_view key) { return RemoveBlanks(key); }
+std::string CompactPath(std::string_view key) {
+  return RemoveBlanks(key);
+}
 
-int KeyLevel(std::string_view key) { return static_cast<int>(CompactPath(key).size() / 2); }
+int KeyLevel(std::string_view key) {
+  return static_cast<int>(CompactPath(key).size() / 2);
+}
 
 std::string ChildPattern(std::string_view key, int levels) {
   if (levels < 1) {
@@ -25,7 +29,8 @@ std::string ChildPattern(std::string_view key, int levels) {
 bool MatchesChildPattern(std::string_view stored_key, std::string_view pattern) {
   if (pattern.empty() || pattern.back() != '*') return false;
   size_t compared = pattern.size() - 1;
-  return stored_key.size() >= compared && stored_key.compare(0, compared, pattern, 0, compared) == 0;
+  return stored_key.size() >= compared &&
+         stored_key.compare(0, compared, pattern, 0, compared) == 0;
 }
 
 std::string GetParentKey(std::string_view key) {

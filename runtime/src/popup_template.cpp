@@ -59,7 +59,8 @@ class TemplateReader {
       return TextToInt16(text);
     } catch (const RuntimeError& error) {
       throw RuntimeError(error.Code(), "line " + std::to_string(line) + " of template '" + path_ +
-                                           "': '" + text + "' is not a number from -32768 to 32767");
+                                           "': '" + text +
+                                           "' is not a number from -32768 to 32767");
     }
   }
 
@@ -68,7 +69,9 @@ class TemplateReader {
   std::vector<std::string> lines_;
 };
 
-std::string Quoted(const std::string& text) { return "\"" + text + "\""; }
+std::string Quoted(const std::string& text) {
+  return "\"" + text + "\"";
+}
 
 }  // namespace
 

@@ -56,8 +56,11 @@ void AppendUtf8(char32_t code, std::string* out) {
 bool NextCodePoint(std::string_view text, size_t* pos, char32_t* code) {
   auto byte = [&](size_t i) { return static_cast<unsigned char>(text[i]); };
   unsigned char lead = byte(*pos);
-  size_t length = lead < 0x80 ? 1 : (lead >> 5) == 0x6 ? 2 : (lead >> 4) == 0xE ? 3
-                                  : (lead >> 3) == 0x1E ? 4 : 0;
+  size_t length = lead < 0x80           ? 1
+                  : (lead >> 5) == 0x6  ? 2
+                  : (lead >> 4) == 0xE  ? 3
+                  : (lead >> 3) == 0x1E ? 4
+                                        : 0;
   if (length == 0 || *pos + length > text.size()) {
     ++*pos;
     return false;
@@ -88,8 +91,9 @@ bool IsAscii(std::string_view text) {
 CodePage::CodePage(std::string name) : name_(std::move(name)) {
   Iconv probe("UTF-8", name_);
   if (!probe.Valid()) {
-    throw RuntimeError(RuntimeErrorCode::kInvalidArgument,
-                       "unknown code page '" + name_ + "' (set ZEPHYR_CODEPAGE to a name iconv knows)");
+    throw RuntimeError(
+        RuntimeErrorCode::kInvalidArgument,
+        "unknown code page '" + name_ + "' (set ZEPHYR_CODEPAGE to a name iconv knows)");
   }
   // A code page is single-byte when every byte on its own decodes to one
   // character or is undefined; then conversion runs from a table.
@@ -115,7 +119,8 @@ CodePage::CodePage(std::string name) : name_(std::move(name)) {
   for (int b = 0; b < 256; ++b) {
     size_t pos = 0;
     char32_t code;
-    if (NextCodePoint(decode_[b], &pos, &code)) encode_.emplace(code, static_cast<unsigned char>(b));
+    if (NextCodePoint(decode_[b], &pos, &code))
+      encode_.emplace(code, static_cast<unsigned char>(b));
   }
 }
 

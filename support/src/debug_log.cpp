@@ -79,17 +79,16 @@ bool ServerRunning(DBusConnection* connection) {
 
 void CallSend(DBusConnection* connection, std::string_view module, std::string_view procedure,
               const std::string& message) {
-  DBusMessage* call =
-      dbus_message_new_method_call(kDebugServerName, kDebugServerPath, kDebugServerName,
-                                   kDebugServerMethod);
+  DBusMessage* call = dbus_message_new_method_call(kDebugServerName, kDebugServerPath,
+                                                   kDebugServerName, kDebugServerMethod);
   if (!call) return;
   std::string fields[4] = {ValidUtf8(program_invocation_short_name), ValidUtf8(module),
                            ValidUtf8(procedure), ValidUtf8(message)};
   const char* pointers[4] = {fields[0].c_str(), fields[1].c_str(), fields[2].c_str(),
                              fields[3].c_str()};
-  if (dbus_message_append_args(call, DBUS_TYPE_STRING, &pointers[0], DBUS_TYPE_STRING,
-                               &pointers[1], DBUS_TYPE_STRING, &pointers[2], DBUS_TYPE_STRING,
-                               &pointers[3], DBUS_TYPE_INVALID)) {
+  if (dbus_message_append_args(call, DBUS_TYPE_STRING, &pointers[0], DBUS_TYPE_STRING, &pointers[1],
+                               DBUS_TYPE_STRING, &pointers[2], DBUS_TYPE_STRING, &pointers[3],
+                               DBUS_TYPE_INVALID)) {
     dbus_message_set_no_reply(call, TRUE);
     dbus_connection_send(connection, call, nullptr);
     dbus_connection_flush(connection);
@@ -121,9 +120,13 @@ void Send(std::string_view module, std::string_view procedure, const Variant& me
 
 }  // namespace debug_log_internal
 
-int16_t DebugLogState() { return debug_log_internal::g_state.load(std::memory_order_relaxed); }
+int16_t DebugLogState() {
+  return debug_log_internal::g_state.load(std::memory_order_relaxed);
+}
 
-uint64_t DebugLogAttachAttempts() { return g_attach_attempts.load(std::memory_order_relaxed); }
+uint64_t DebugLogAttachAttempts() {
+  return g_attach_attempts.load(std::memory_order_relaxed);
+}
 
 void ResetDebugLogForTesting() {
   std::lock_guard lock(g_bus_mutex);

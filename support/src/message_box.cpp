@@ -6,7 +6,9 @@
 
 namespace zephyr {
 
-std::string DefaultMessageTitle() { return program_invocation_short_name; }
+std::string DefaultMessageTitle() {
+  return program_invocation_short_name;
+}
 
 MessageAnswer StderrMessageBox::Show(const Message& message) {
   std::string title = message.title.empty() ? DefaultMessageTitle() : message.title;

@@ -16,7 +16,9 @@ std::string_view RTrim(std::string_view text) {
   return text.substr(0, end);
 }
 
-std::string_view Trim(std::string_view text) { return RTrim(LTrim(text)); }
+std::string_view Trim(std::string_view text) {
+  return RTrim(LTrim(text));
+}
 
 std::string RemoveBlanks(std::string_view text) {
   std::string result;

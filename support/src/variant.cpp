@@ -11,7 +11,9 @@ namespace zephyr {
 
 Variant::Variant(VariantArray array) : value_(std::make_unique<VariantArray>(std::move(array))) {}
 
-Variant::Variant(const Variant& other) { *this = other; }
+Variant::Variant(const Variant& other) {
+  *this = other;
+}
 
 Variant& Variant::operator=(const Variant& other) {
   if (this == &other) return *this;
@@ -94,9 +96,13 @@ double Variant::ToDouble() const {
   throw RuntimeError(RuntimeErrorCode::kTypeMismatch, "an object or array is not a number");
 }
 
-int16_t Variant::ToInt16() const { return ToInt16Checked(ToDouble()); }
+int16_t Variant::ToInt16() const {
+  return ToInt16Checked(ToDouble());
+}
 
-int32_t Variant::ToInt32() const { return ToInt32Checked(ToDouble()); }
+int32_t Variant::ToInt32() const {
+  return ToInt32Checked(ToDouble());
+}
 
 bool Variant::ToBool() const {
   if (IsText()) {
@@ -134,9 +140,9 @@ namespace {
 
 void CheckBounds(VariantArray::Bounds bounds) {
   if (bounds.upper < bounds.lower - 1) {
-    throw RuntimeError(RuntimeErrorCode::kSubscriptOutOfRange,
-                       "array bounds " + std::to_string(bounds.lower) + " to " +
-                           std::to_string(bounds.upper));
+    throw RuntimeError(
+        RuntimeErrorCode::kSubscriptOutOfRange,
+        "array bounds " + std::to_string(bounds.lower) + " to " + std::to_string(bounds.upper));
   }
 }
 
@@ -256,14 +262,14 @@ bool ParseNumber(std::string_view text, double* result) {
   std::string_view unsigned_part = body.substr(pos);
   // from_chars accepts neither a sign nor "inf"/"nan" in this form, which is
   // what we want: only plain decimal notation counts as a number.
-  if (unsigned_part.empty() || !(std::isdigit(static_cast<unsigned char>(unsigned_part[0])) ||
-                                 unsigned_part[0] == '.')) {
+  if (unsigned_part.empty() ||
+      !(std::isdigit(static_cast<unsigned char>(unsigned_part[0])) || unsigned_part[0] == '.')) {
     return false;
   }
   double value = 0;
-  auto [end, error] = std::from_chars(unsigned_part.data(),
-                                      unsigned_part.data() + unsigned_part.size(), value,
-                                      std::chars_format::general);
+  auto [end, error] =
+      std::from_chars(unsigned_part.data(), unsigned_part.data() + unsigned_part.size(), value,
+                      std::chars_format::general);
   if (error == std::errc::result_out_of_range) {
     value = std::numeric_limits<double>::infinity();
   } else if (error != std::errc() || end != unsigned_part.data() + unsigned_part.size()) {
@@ -288,18 +294,26 @@ template <typename Int>
 Int TextToInt(std::string_view text) {
   double number;
   if (!ParseNumber(text, &number)) {
-    throw RuntimeError(RuntimeErrorCode::kTypeMismatch, "'" + std::string(text) +
-                                                            "' is not a number");
+    throw RuntimeError(RuntimeErrorCode::kTypeMismatch,
+                       "'" + std::string(text) + "' is not a number");
   }
   return RoundChecked<Int>(number);
 }
 
 }  // namespace
 
-int16_t ToInt16Checked(double value) { return RoundChecked<int16_t>(value); }
-int32_t ToInt32Checked(double value) { return RoundChecked<int32_t>(value); }
-int16_t TextToInt16(std::string_view text) { return TextToInt<int16_t>(text); }
-int32_t TextToInt32(std::string_view text) { return TextToInt<int32_t>(text); }
+int16_t ToInt16Checked(double value) {
+  return RoundChecked<int16_t>(value);
+}
+int32_t ToInt32Checked(double value) {
+  return RoundChecked<int32_t>(value);
+}
+int16_t TextToInt16(std::string_view text) {
+  return TextToInt<int16_t>(text);
+}
+int32_t TextToInt32(std::string_view text) {
+  return TextToInt<int32_t>(text);
+}
 
 std::string NumberToText(double value) {
   if (std::isnan(value)) return "NaN";

@@ -46,7 +46,8 @@ class NoLevelPrompt : public LevelPrompt {
 
 TEST(ExcelExportTest, AnExportedPopupImportsBackAsTheSameTree) {
   TempDir dir;
-  PopupDesign design{"Stock", {"Aisle", "Shelf", "Product"}, {{"Name", 20}, {"Price", 6}, {"Unit", 4}}};
+  PopupDesign design{
+      "Stock", {"Aisle", "Shelf", "Product"}, {{"Name", 20}, {"Price", 6}, {"Unit", 4}}};
   WritePopupFiles(dir.Path(), "Stock", design,
                   {{"    01", "Drinks", "", ""},
                    {"01  01", "Hot", "", ""},

@@ -113,30 +113,35 @@ TEST_F(ExcelImportTest, AKeyedSheetBecomesANewPopupAndIsSaved) {
 
 TEST_F(ExcelImportTest, KeyRulesNameTheDataRowThatBreaksThem) {
   const std::string see_help = " Please refer to ZephyrPopup Excel Import Rules in Help.";
-  ExpectRuleFailure("Key,L1,L2,F\n0101,a,b,x\n0102,a,c,x\n01,a,d,x\n",
-                    "Invalid Key Length found. The Key in Row 3 is not the same lenght as your first "
-                    "key. Please ensure the keys are all the same length." + see_help,
-                    "Invalid Key Length");
-  ExpectRuleFailure("Key,L1,L2,F\n0101,a,b,x\n01A1,a,c,x\n",
-                    "Key Not Numeric. A non numerical character was found in the key on row 2." +
-                        see_help,
-                    "Key Not Numeric");
+  ExpectRuleFailure(
+      "Key,L1,L2,F\n0101,a,b,x\n0102,a,c,x\n01,a,d,x\n",
+      "Invalid Key Length found. The Key in Row 3 is not the same lenght as your first "
+      "key. Please ensure the keys are all the same length." +
+          see_help,
+      "Invalid Key Length");
+  ExpectRuleFailure(
+      "Key,L1,L2,F\n0101,a,b,x\n01A1,a,c,x\n",
+      "Key Not Numeric. A non numerical character was found in the key on row 2." + see_help,
+      "Key Not Numeric");
   ExpectRuleFailure("Key,L1,F\nx1,a,b\n",
                     "First Key not numeric. A non numerical character was found in the first key "
-                    "cell." + see_help,
+                    "cell." +
+                        see_help,
                     "Key Not Numeric");
   ExpectRuleFailure("Key,L1,F\n011,a,b\n",
                     "The First Key does not conform to ZephyrPopup Key Standards. The Keys must be "
-                    "an even number lenght and numeric." + see_help,
+                    "an even number lenght and numeric." +
+                        see_help,
                     "Invalid Key Length");
   ExpectRuleFailure("Key,L1,L2,F\n0201,a,b,x\n0202,a,c,x\n0201,a,d,y\n",
                     "The Excel Row: 3 contains a Key that is already assigned. Please ensure that "
-                    "the keys are unique." + see_help,
-                    "Duplicate Key found");
-  ExpectRuleFailure("Key,L1,L2,F\n0101,a, ,x\n",
-                    "Blank Level Data Found. PLease make sure that all Level columns contain data." +
+                    "the keys are unique." +
                         see_help,
-                    "Invalid Key Length");
+                    "Duplicate Key found");
+  ExpectRuleFailure(
+      "Key,L1,L2,F\n0101,a, ,x\n",
+      "Blank Level Data Found. PLease make sure that all Level columns contain data." + see_help,
+      "Invalid Key Length");
   ExpectRuleFailure("Key,L1,L2\n0101,a,b\n",
                     "Missing Companion Data Column. ZephyrPopup needs at least 1 companion Data "
                     "Column after the Level Columns.  Please refer to ZephyrPopup Excel Import "
@@ -147,10 +152,12 @@ TEST_F(ExcelImportTest, KeyRulesNameTheDataRowThatBreaksThem) {
 
 TEST_F(ExcelImportTest, SheetsWithoutKeysFollowTheirOwnRules) {
   const std::string see_help = " Please refer to ZephyrPopup Excel Import Rules in Help.";
-  ExpectRuleFailure(",L1,F\n,a,b\n7,c,d\n",
-                    "Inconsistent Key Values. Keys must either all be numeric, of the same length or "
-                    "all blank." + see_help,
-                    "Invalid Key Data");
+  ExpectRuleFailure(
+      ",L1,F\n,a,b\n7,c,d\n",
+      "Inconsistent Key Values. Keys must either all be numeric, of the same length or "
+      "all blank." +
+          see_help,
+      "Invalid Key Data");
   messages_.shown.clear();
   EXPECT_EQ(ImportCsv(",L1,F\n"), ImportOutcome::kRuleFailed);
   EXPECT_EQ(messages_.shown[0].prompt,
@@ -221,7 +228,8 @@ TEST_F(ExcelImportTest, CancellingLeavesThePopupAndItsFilesAsTheyWere) {
 }
 
 TEST_F(ExcelImportTest, KeepingThePopupStructureMapsTheSheetOntoIt) {
-  testing::WritePopupFiles(dir_.Path(), "P", {"Kept", {"Aisle", "Shelf"}, {{"Label", 5}, {"Size", 3}}},
+  testing::WritePopupFiles(dir_.Path(), "P",
+                           {"Kept", {"Aisle", "Shelf"}, {{"Label", 5}, {"Size", 3}}},
                            {{"  01", "old", ""}});
   messages_.answers = {MessageAnswer::kYes};
   ASSERT_EQ(ImportCsv("K,A,B,F,G\n0101,Drinks,Tea,x,extra\n"), ImportOutcome::kImported);
@@ -241,8 +249,9 @@ TEST_F(ExcelImportTest, AnUnreadableWorkbookIsNamedWithItsReason) {
   EXPECT_EQ(Import(dir_.File("absent.xlsx")), ImportOutcome::kUnreadable);
   ASSERT_EQ(messages_.shown.size(), 2u);
   const std::string& prompt = messages_.shown[0].prompt;
-  EXPECT_TRUE(prompt.starts_with("ZephyrPopup could not detect an open Excel Workbook.  Please load "
-                                 "a Workbook before continuing.\r\n"));
+  EXPECT_TRUE(
+      prompt.starts_with("ZephyrPopup could not detect an open Excel Workbook.  Please load "
+                         "a Workbook before continuing.\r\n"));
   EXPECT_NE(prompt.find("absent.xlsx"), std::string::npos);
   EXPECT_EQ(messages_.shown[0].buttons, MessageButtons::kOk);
 }

@@ -84,7 +84,7 @@ class LiteralLoader {
     for (int32_t j = 2; j <= values_->UBound(1); ++j) {
       std::string cell = Cell(j, row);
       item.values.push_back(TrimBlanks(cell, true, true).empty() ? " "
-                                                                  : TrimBlanks(cell, false, true));
+                                                                 : TrimBlanks(cell, false, true));
     }
     return item;
   }
@@ -104,9 +104,7 @@ class LiteralLoader {
     return cell.substr(0, pattern.size() - 1) + "*" == pattern;
   }
 
-  std::string Cell(int32_t column, int32_t row) const {
-    return values_->At(column, row).ToText();
-  }
+  std::string Cell(int32_t column, int32_t row) const { return values_->At(column, row).ToText(); }
   int32_t Rows() const { return values_->UBound(2); }
 
   const VariantArray* values_;

@@ -1,8 +1,8 @@
 #include "helpers/popup_files.h"
 
+#include "helpers/temp_dir.h"
 #include "zephyr/runtime/popup_class.h"
 #include "zephyr/table/dbase.h"
-#include "helpers/temp_dir.h"
 
 namespace zephyr::testing {
 
@@ -14,7 +14,8 @@ void WritePopupFiles(const std::string& folder, const std::string& base, const P
   popup.DataSource(base);
   popup.Title(design.title);
   int32_t index = 1;
-  for (const auto& question : design.questions) popup.PopupLevels()->Add(Variant(question), index++);
+  for (const auto& question : design.questions)
+    popup.PopupLevels()->Add(Variant(question), index++);
   int16_t key_width = static_cast<int16_t>(2 * design.questions.size());
   popup.PopupFields()->Add("Popup Code", key_width, 0, 0);
   index = 1;
@@ -22,7 +23,8 @@ void WritePopupFiles(const std::string& folder, const std::string& base, const P
     popup.PopupFields()->Add(name, width, static_cast<int16_t>(index++), 0);
   }
   popup.WriteTemplate();
-  std::string template_path = folder + "/" + (template_name.empty() ? base + ".ZPT" : template_name);
+  std::string template_path =
+      folder + "/" + (template_name.empty() ? base + ".ZPT" : template_name);
   WriteBytes(template_path, ReadBytes(folder + "/" + base + ".bpt"));
   std::remove((folder + "/" + base + ".bpt").c_str());
 
@@ -36,7 +38,8 @@ void WritePopupFiles(const std::string& folder, const std::string& base, const P
   table.OpenFile(folder + "/" + (data_name.empty() ? base + ".ZPD" : data_name));
   for (const Row& row : rows) {
     table.InitRecord();
-    for (size_t i = 0; i < row.size(); ++i) table.Value(static_cast<int32_t>(i + 1), Variant(row[i]));
+    for (size_t i = 0; i < row.size(); ++i)
+      table.Value(static_cast<int32_t>(i + 1), Variant(row[i]));
     table.PutRecord(0);
   }
   table.CloseFile();

@@ -12,7 +12,7 @@ namespace zephyr::testing {
 
 struct PopupDesign {
   std::string title = "Test";
-  std::vector<std::string> questions;  // one per level
+  std::vector<std::string> questions;                   // one per level
   std::vector<std::pair<std::string, int16_t>> fields;  // companion fields: name, width
 };
 

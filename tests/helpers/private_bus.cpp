@@ -56,13 +56,14 @@ PrivateBus::PrivateBus() {
     previous_address_ = previous;
   }
   int output = -1;
-  pid_ = Spawn({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1"},
-               &output);
+  pid_ =
+      Spawn({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1"}, &output);
   if (pid_ <= 0) return;
   std::string line;
   char c;
   pollfd waiting{output, POLLIN, 0};
-  while (::poll(&waiting, 1, 5000) > 0 && ::read(output, &c, 1) == 1 && c != '\n') line.push_back(c);
+  while (::poll(&waiting, 1, 5000) > 0 && ::read(output, &c, 1) == 1 && c != '\n')
+    line.push_back(c);
   ::close(output);
   address_ = line;
   if (!address_.empty()) ::setenv("DBUS_SESSION_BUS_ADDRESS", address_.c_str(), 1);
@@ -104,7 +105,9 @@ DebugServer::DebugServer(const PrivateBus& bus, const std::string& program) {
   }
 }
 
-DebugServer::~DebugServer() { Stop(); }
+DebugServer::~DebugServer() {
+  Stop();
+}
 
 void DebugServer::Stop() {
   StopProcess(pid_);

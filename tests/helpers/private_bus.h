@@ -15,7 +15,7 @@ namespace zephyr::testing {
 
 class PrivateBus {
  public:
-  PrivateBus();  // starts the daemon and sets DBUS_SESSION_BUS_ADDRESS
+  PrivateBus();   // starts the daemon and sets DBUS_SESSION_BUS_ADDRESS
   ~PrivateBus();  // stops it and restores the previous address
   PrivateBus(const PrivateBus&) = delete;
   PrivateBus& operator=(const PrivateBus&) = delete;
@@ -43,8 +43,8 @@ class DebugServer {
   bool Ready() const { return ready_; }
   // Waits for at least `count` lines in all (or the timeout) and returns every
   // line received so far, each split at its tabs.
-  std::vector<std::vector<std::string>> Lines(size_t count,
-                                              std::chrono::milliseconds timeout = std::chrono::seconds(5));
+  std::vector<std::vector<std::string>> Lines(
+      size_t count, std::chrono::milliseconds timeout = std::chrono::seconds(5));
   void Stop();
 
  private:

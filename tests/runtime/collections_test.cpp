@@ -4,7 +4,6 @@
 #include <random>
 
 #include "helpers/error_number.h"
-
 #include "zephyr/runtime/popup_fields.h"
 #include "zephyr/runtime/popup_items.h"
 #include "zephyr/runtime/popup_levels.h"

@@ -7,13 +7,15 @@ namespace {
 
 VariantArray Keys(const std::vector<std::string>& keys) {
   VariantArray table = VariantArray::Table(1, static_cast<int32_t>(keys.size()));
-  for (size_t i = 0; i < keys.size(); ++i) table.At(1, static_cast<int32_t>(i + 1)) = Variant(keys[i]);
+  for (size_t i = 0; i < keys.size(); ++i)
+    table.At(1, static_cast<int32_t>(i + 1)) = Variant(keys[i]);
   return table;
 }
 
 std::vector<std::string> Texts(const std::vector<CheckFinding>& findings) {
   std::vector<std::string> texts;
-  for (const auto& finding : findings) texts.push_back(std::to_string(finding.row) + ": " + finding.text);
+  for (const auto& finding : findings)
+    texts.push_back(std::to_string(finding.row) + ": " + finding.text);
   return texts;
 }
 
@@ -22,9 +24,8 @@ TEST(PopupCheckTest, ASoundTableHasNoFindings) {
 }
 
 TEST(PopupCheckTest, EachKindOfProblemIsNamedOnItsRow) {
-  auto findings = CheckPopupKeys(Keys({"    01", "01  01", "    01", "02  05", "01    ", "0a  01",
-                                       "  03  "}),
-                                 3);
+  auto findings = CheckPopupKeys(
+      Keys({"    01", "01  01", "    01", "02  05", "01    ", "0a  01", "  03  "}), 3);
   EXPECT_EQ(Texts(findings), (std::vector<std::string>{
                                  "3: key '    01' repeats the key of row 1",
                                  "4: key '02  05' has no parent (no item '02')",

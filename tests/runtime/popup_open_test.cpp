@@ -17,7 +17,8 @@ using testing::Row;
 using testing::TempDir;
 using testing::WritePopupFiles;
 
-const PopupDesign kFruit = {"Fruit and Veg", {"Category", "Item", "Variety"}, {{"Name", 20}, {"Note", 8}}};
+const PopupDesign kFruit = {
+    "Fruit and Veg", {"Category", "Item", "Variety"}, {{"Name", 20}, {"Note", 8}}};
 
 class PopupOpenTest : public ::testing::Test {
  protected:
@@ -98,8 +99,9 @@ TEST_F(PopupOpenTest, ValuesAreRightTrimmedButKeepLeadingBlanks) {
 }
 
 TEST_F(PopupOpenTest, RowsWhoseParentIsMissingAreLeftOut) {
-  WritePopupFiles(dir_.Path(), "P", kFruit,
-                  {{"    01", "Fruit", ""}, {"02  01", "Orphan", ""}, {"020101", "Grandorphan", ""}});
+  WritePopupFiles(
+      dir_.Path(), "P", kFruit,
+      {{"    01", "Fruit", ""}, {"02  01", "Orphan", ""}, {"020101", "Grandorphan", ""}});
   auto popup = Open();
   EXPECT_EQ(popup->PopupItems()->Count(), 1);
   EXPECT_FALSE(popup->PopupItems()->Item(1)->HasChildren());
@@ -116,8 +118,9 @@ TEST_F(PopupOpenTest, WithOneLevelEveryRowIsATopLevelItem) {
 }
 
 TEST_F(PopupOpenTest, ProgressCountsTheItemsAndIsUnloaded) {
-  WritePopupFiles(dir_.Path(), "P", kFruit,
-                  {{"    01", "a", ""}, {"01  01", "b", ""}, {"010101", "c", ""}, {"09  01", "x", ""}});
+  WritePopupFiles(
+      dir_.Path(), "P", kFruit,
+      {{"    01", "a", ""}, {"01  01", "b", ""}, {"010101", "c", ""}, {"09  01", "x", ""}});
   Open();
   EXPECT_EQ(progress_->message, "Reading Popup Data.. this may take a few minutes");
   EXPECT_EQ(progress_->minimum, 0);
@@ -171,7 +174,8 @@ TEST_F(PopupOpenTest, FilesWithLowerCaseExtensionsOpen) {
 TEST_F(PopupOpenTest, ADuplicateKeyFailsAfterTheItemsBeforeIt) {
   PopupClass popup;
   RuntimeError error = OpenFailure(
-      {{"    01", "a", ""}, {"01  01", "b", ""}, {"01  01", "again", ""}, {"    02", "c", ""}}, &popup);
+      {{"    01", "a", ""}, {"01  01", "b", ""}, {"01  01", "again", ""}, {"    02", "c", ""}},
+      &popup);
   EXPECT_EQ(error.Number(), 457);
   EXPECT_NE(error.Description().find("P.ZPD"), std::string::npos);
   EXPECT_EQ(popup.PopupItems()->Count(), 1);

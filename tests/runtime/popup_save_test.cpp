@@ -32,7 +32,9 @@ std::vector<std::string> FolderListing(const std::string& folder) {
   return names;
 }
 
-void Save(PopupClass& popup) { SavePopupInTreeOrder(popup); }
+void Save(PopupClass& popup) {
+  SavePopupInTreeOrder(popup);
+}
 
 std::unique_ptr<PopupClass> OpenShop(const std::string& folder, const std::string& base = "Shop") {
   auto popup = std::make_unique<PopupClass>();

@@ -76,8 +76,9 @@ class PopupTemplateTest : public ::testing::Test {
 
 TEST_F(PopupTemplateTest, WritesTheExactBytesAndReadsThemBack) {
   auto popup = MakePopup("Fruit and Veg", {"Category", "Item"}, {{"Description", 20}});
-  EXPECT_EQ(WriteAndInstall(*popup),
-            "\"Fruit and Veg\"\r\n2\r\n2,\"Category\"\r\n2,\"Item\"\r\n1\r\n5,20,\"Description\"\r\n");
+  EXPECT_EQ(
+      WriteAndInstall(*popup),
+      "\"Fruit and Veg\"\r\n2\r\n2,\"Category\"\r\n2,\"Item\"\r\n1\r\n5,20,\"Description\"\r\n");
 
   auto loaded = Load();
   EXPECT_EQ(loaded->Title(), "Fruit and Veg");
@@ -119,8 +120,9 @@ TEST_F(PopupTemplateTest, ACommaInATitleCutsItOnTheNextLoad) {
 }
 
 TEST_F(PopupTemplateTest, TabSeparatedLinesKeepTheirCommas) {
-  WriteBytes(dir_.File("P.ZPT"),
-             "\"Sizes, colours\"\t\r\n1\r\n2\t\"Size, then colour\"\r\n1\r\n3\t8\t\"Name, short\"\r\n");
+  WriteBytes(
+      dir_.File("P.ZPT"),
+      "\"Sizes, colours\"\t\r\n1\r\n2\t\"Size, then colour\"\r\n1\r\n3\t8\t\"Name, short\"\r\n");
   auto loaded = Load();
   EXPECT_EQ(loaded->Title(), "Sizes, colours");
   EXPECT_EQ(loaded->PopupLevels()->Item(1)->Question().ToText(), "Size, then colour");
@@ -132,7 +134,9 @@ TEST_F(PopupTemplateTest, TextIsStoredInTheCodePage) {
   auto popup = MakePopup("Café €", {"Größe"}, {{"Naïve ł", 5}});
   std::string bytes = WriteAndInstall(*popup);
   EXPECT_EQ(bytes.substr(0, 10), "\"Caf\xE9 \x80\"\r\n");
-  EXPECT_NE(bytes.find("\"Gr\xF6\xDF" "e\""), std::string::npos);
+  EXPECT_NE(bytes.find("\"Gr\xF6\xDF"
+                       "e\""),
+            std::string::npos);
   EXPECT_NE(bytes.find("\"Na\xEFve ?\""), std::string::npos);  // no "ł" in Windows-1252
   auto loaded = Load();
   EXPECT_EQ(loaded->Title(), "Café €");

@@ -102,7 +102,9 @@ class RandomTable {
   }
 
   int Uniform(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random_); }
-  size_t Index(size_t count) { return static_cast<size_t>(Uniform(0, static_cast<int>(count) - 1)); }
+  size_t Index(size_t count) {
+    return static_cast<size_t>(Uniform(0, static_cast<int>(count) - 1));
+  }
 
   std::mt19937 random_;
   std::vector<testing::Row> rows_;

@@ -17,7 +17,9 @@ using testing::PrivateBus;
 using Line = std::vector<std::string>;
 
 // Field 0 of a server line is the time; the rest are the four sent fields.
-Line SentFields(const Line& line) { return Line(line.begin() + 1, line.end()); }
+Line SentFields(const Line& line) {
+  return Line(line.begin() + 1, line.end());
+}
 
 class DebugLogTest : public ::testing::Test {
  protected:

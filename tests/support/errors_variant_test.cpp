@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "helpers/error_number.h"
-
 #include "zephyr/support/errors.h"
 #include "zephyr/support/variant.h"
 
@@ -22,7 +21,8 @@ TEST(ErrorsTest, RuntimeErrorsCarryNumberSourceAndStandardText) {
 
 TEST(ErrorsTest, HostsCatchOneBaseTypeAndTestTheNumber) {
   EXPECT_EQ(ErrorNumberOf([] {
-              throw AutomationError(kObjectErrorBase + 512, "dBase Class", "dBase File Not Found 'x'");
+              throw AutomationError(kObjectErrorBase + 512, "dBase Class",
+                                    "dBase File Not Found 'x'");
             }),
             static_cast<int32_t>(0x80040200u));
   EXPECT_EQ(ErrorNumberOf([] { RaiseFileError(ENOENT, "open", "/no/such"); }), 53);

@@ -41,10 +41,10 @@ struct ImportUi {
 
 enum class ImportOutcome {
   kImported,
-  kUnreadable,   // the workbook or its active sheet could not be read
-  kRuleFailed,   // a sheet rule failed
-  kCancelled,    // the user cancelled a question
-  kUnexpected,   // an unexpected error, reported as such
+  kUnreadable,  // the workbook or its active sheet could not be read
+  kRuleFailed,  // a sheet rule failed
+  kCancelled,   // the user cancelled a question
+  kUnexpected,  // an unexpected error, reported as such
 };
 
 // Imports the active sheet of the workbook into the popup and saves it.

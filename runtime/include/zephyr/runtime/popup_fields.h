@@ -14,9 +14,8 @@ class PopupFields : public Object {
  public:
   // Appends a field whose Index is the count before adding + 1; under sKey
   // when it is not empty.
-  std::shared_ptr<PopupField> Add(std::string FieldName, int16_t FieldLength,
-                                  int16_t InitialIndex, int16_t StartCharPos,
-                                  const std::string& sKey = {});
+  std::shared_ptr<PopupField> Add(std::string FieldName, int16_t FieldLength, int16_t InitialIndex,
+                                  int16_t StartCharPos, const std::string& sKey = {});
   // The field at a 1-based position or under a key; a missing one raises the
   // collection's error (9 or 5).
   std::shared_ptr<PopupField> Item(const Variant& vntIndexKey) const;

@@ -48,8 +48,12 @@ const CodePage& ActiveCodePage();
 void SetActiveCodePage(const std::string& name);
 
 // Shorthands over the active code page.
-inline std::string FromCodePage(std::string_view bytes) { return ActiveCodePage().ToUtf8(bytes); }
-inline std::string ToCodePage(std::string_view text) { return ActiveCodePage().FromUtf8(text); }
+inline std::string FromCodePage(std::string_view bytes) {
+  return ActiveCodePage().ToUtf8(bytes);
+}
+inline std::string ToCodePage(std::string_view text) {
+  return ActiveCodePage().FromUtf8(text);
+}
 
 }  // namespace zephyr
 

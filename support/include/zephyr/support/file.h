@@ -14,10 +14,10 @@ namespace zephyr {
 class File {
  public:
   enum class Mode {
-    kRead,           // existing file, read only
-    kReadWrite,      // existing file, read and write
-    kCreate,         // new empty file (truncated when it exists), read and write
-    kOpenOrCreate,   // existing file or a new empty one, read and write
+    kRead,          // existing file, read only
+    kReadWrite,     // existing file, read and write
+    kCreate,        // new empty file (truncated when it exists), read and write
+    kOpenOrCreate,  // existing file or a new empty one, read and write
   };
 
   File() = default;

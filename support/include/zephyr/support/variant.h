@@ -74,8 +74,8 @@ class Variant {
 
  private:
   using ArrayBox = std::unique_ptr<VariantArray>;
-  std::variant<std::monostate, std::string, int16_t, int32_t, double, bool,
-               std::shared_ptr<Object>, ArrayBox>
+  std::variant<std::monostate, std::string, int16_t, int32_t, double, bool, std::shared_ptr<Object>,
+               ArrayBox>
       value_;
 };
 
