@@ -37,7 +37,7 @@ std::vector<Node> ToNodes(PopupItems& items) {
 // own codes and keys of arbitrary blanks and digits, as the test asks for.
 class RandomTable {
  public:
-  explicit RandomTable(uint32_t seed) : random_(seed) {}
+  explicit RandomTable(uint32_t start) : random_(start) {}
 
   std::vector<testing::Row> Rows(int levels, bool allow_blank_codes) {
     rows_.clear();
