@@ -16,95 +16,89 @@ std::string Show(const char* code, double value) {
   return NumberFormat(code).Format(value);
 }
 
-TEST(NumberFormatTest, GeneralShowsTheShortestNumber) {
-  NumberFormat general;
-  EXPECT_TRUE(general.IsGeneral());
-  EXPECT_EQ(general.Format(3), "3");
-  EXPECT_EQ(general.Format(1.5), "1.5");
-  EXPECT_EQ(general.Format(1e20), "1E+20");
+struct Shown {
+  const char* code;  // nullptr: the built-in format `builtin`
+  int builtin;
+  double value;
+  const char* text;
+};
+
+TEST(NumberFormatTest, ShowsValuesAsTheCodeSays) {
+  EXPECT_TRUE(NumberFormat().IsGeneral());
   EXPECT_TRUE(NumberFormat("General").IsGeneral());
-  EXPECT_EQ(NumberFormat::Builtin(0).Format(-2.25), "-2.25");
-}
-
-TEST(NumberFormatTest, ZeroPaddedIntegersKeepTheirLeadingZeros) {
-  EXPECT_EQ(Show("0000", 101), "0101");
-  EXPECT_EQ(Show("00", 5), "05");
-  EXPECT_EQ(Show("000000", 123), "000123");
-  EXPECT_EQ(Show("0000", 12345), "12345");
-  EXPECT_EQ(Show("0000", 0), "0000");
-  EXPECT_EQ(Show("0000", -5), "-0005");
-  EXPECT_EQ(Show("\"No. \"0000", 7), "No. 0007");
-  EXPECT_EQ(Show("0", 1234567), "1234567");
-}
-
-TEST(NumberFormatTest, DecimalsRoundHalfAwayFromZeroAsShown) {
-  EXPECT_EQ(Show("0", 2.5), "3");
-  EXPECT_EQ(Show("0.00", 1.5), "1.50");
-  EXPECT_EQ(Show("0.00", 2.345), "2.35");
-  EXPECT_EQ(Show("0.00", -2.345), "-2.35");
-  EXPECT_EQ(Show("0.00", 0), "0.00");
-  EXPECT_EQ(Show("0.0#", 1.25), "1.25");
-  EXPECT_EQ(Show("0.0#", 1.2), "1.2");
-  EXPECT_EQ(Show("#.##", 0.5), ".5");
-  EXPECT_EQ(Show("0.00", -0.001), "0.00");  // no "-0.00"
-  EXPECT_EQ(NumberFormat::Builtin(2).Format(3), "3.00");
-}
-
-TEST(NumberFormatTest, ThousandsSeparatorsAndScaling) {
-  EXPECT_EQ(Show("#,##0", 999), "999");
-  EXPECT_EQ(Show("#,##0", 1000), "1,000");
-  EXPECT_EQ(Show("#,##0.00", 1234567.891), "1,234,567.89");
-  EXPECT_EQ(Show("#,##0,", 1234567), "1,235");
-  EXPECT_EQ(NumberFormat::Builtin(3).Format(-1234), "-1,234");
-}
-
-TEST(NumberFormatTest, PercentagesMultiplyByHundred) {
-  EXPECT_EQ(Show("0%", 0.25), "25%");
-  EXPECT_EQ(Show("0.00%", 0.1234), "12.34%");
-  EXPECT_EQ(NumberFormat::Builtin(9).Format(1), "100%");
-}
-
-TEST(NumberFormatTest, SectionsForNegativeAndZeroValues) {
-  EXPECT_EQ(Show("0.00;(0.00)", -1.5), "(1.50)");
-  EXPECT_EQ(Show("0.00;(0.00)", 1.5), "1.50");
-  EXPECT_EQ(Show("0;-0;\"zero\"", 0), "zero");
-  EXPECT_EQ(Show("#,##0.00_);[Red](#,##0.00)", -1234.5), "(1,234.50)");
-  EXPECT_EQ(Show("#,##0.00_);[Red](#,##0.00)", 1234.5), "1,234.50 ");
-}
-
-TEST(NumberFormatTest, LiteralsEscapesAndCurrencies) {
-  EXPECT_EQ(Show("[$€-407] #,##0.00", 1234.5), "€ 1,234.50");
-  EXPECT_EQ(Show("\\$0.00", 3), "$3.00");
-  EXPECT_EQ(Show("0.00 \"kg\"", 2), "2.00 kg");
-  EXPECT_EQ(Show("\"tel;\"0", 5), "tel;5");  // a quoted ';' is no section break
-  EXPECT_EQ(Show("[Magenta]0.00", 1.5), "1.50");
-  EXPECT_EQ(Show("[>=100]0;0.0", 5), "5");  // conditions are skipped
-}
-
-TEST(NumberFormatTest, ScientificNotation) {
-  EXPECT_EQ(Show("0.00E+00", 12345), "1.23E+04");
-  EXPECT_EQ(Show("0.00E+00", 0.000123), "1.23E-04");
-  EXPECT_EQ(Show("0.00E+00", 99999), "1.00E+05");
-  EXPECT_EQ(NumberFormat::Builtin(11).Format(0), "0.00E+00");
-}
-
-TEST(NumberFormatTest, DatesAndTimesReadAsIso) {
-  EXPECT_EQ(NumberFormat::Builtin(14).Format(45000), "2023-03-15");
-  EXPECT_EQ(NumberFormat::Builtin(15).Format(45000.75), "2023-03-15");
-  EXPECT_EQ(NumberFormat::Builtin(22).Format(45000.5), "2023-03-15 12:00:00");
-  EXPECT_EQ(NumberFormat::Builtin(20).Format(0.75), "18:00:00");
-  EXPECT_EQ(Show("dd/mm/yyyy", 1), "1900-01-01");
-  EXPECT_EQ(Show("dd/mm/yyyy", 60), "1900-02-29");  // the serial the 1900 leap year bug invented
-  EXPECT_EQ(Show("dd/mm/yyyy", 61), "1900-03-01");
-  EXPECT_EQ(Show("yyyy-mm-dd hh:mm:ss", 45000.999999999), "2023-03-16 00:00:00");
-  EXPECT_EQ(Show("mm:ss", 0.5), "12:00:00");  // minutes next to seconds are a time
-}
-
-TEST(NumberFormatTest, TextAndFractionFormatsShowTheNumber) {
-  EXPECT_EQ(Show("@", 42), "42");
-  EXPECT_EQ(NumberFormat::Builtin(49).Format(1.5), "1.5");
-  EXPECT_EQ(NumberFormat::Builtin(12).Format(1.5), "1.5");
-  EXPECT_EQ(NumberFormat::Builtin(1000).Format(7), "7");
+  EXPECT_EQ(NumberFormat().Format(1e20), "1E+20");
+  const Shown rows[] = {
+      // General shows the shortest number.
+      {"General", 0, 3, "3"},
+      {"General", 0, 1.5, "1.5"},
+      {nullptr, 0, -2.25, "-2.25"},
+      // Zero-padded integers keep their leading zeros.
+      {"0000", 0, 101, "0101"},
+      {"000000", 0, 123, "000123"},
+      {"0000", 0, 12345, "12345"},
+      {"0000", 0, 0, "0000"},
+      {"0000", 0, -5, "-0005"},
+      {"\"No. \"0000", 0, 7, "No. 0007"},
+      {"0", 0, 1234567, "1234567"},
+      // Decimals round half away from zero as shown.
+      {"0", 0, 2.5, "3"},
+      {"0.00", 0, 1.5, "1.50"},
+      {"0.00", 0, 2.345, "2.35"},
+      {"0.00", 0, -2.345, "-2.35"},
+      {"0.0#", 0, 1.25, "1.25"},
+      {"0.0#", 0, 1.2, "1.2"},
+      {"#.##", 0, 0.5, ".5"},
+      {"0.00", 0, -0.001, "0.00"},  // no "-0.00"
+      {nullptr, 2, 3, "3.00"},
+      // Thousands separators and scaling.
+      {"#,##0", 0, 999, "999"},
+      {"#,##0", 0, 1000, "1,000"},
+      {"#,##0.00", 0, 1234567.891, "1,234,567.89"},
+      {"#,##0,", 0, 1234567, "1,235"},
+      {nullptr, 3, -1234, "-1,234"},
+      // Percentages multiply by a hundred.
+      {"0%", 0, 0.25, "25%"},
+      {"0.00%", 0, 0.1234, "12.34%"},
+      {nullptr, 9, 1, "100%"},
+      // Sections for negative and zero values.
+      {"0.00;(0.00)", 0, -1.5, "(1.50)"},
+      {"0.00;(0.00)", 0, 1.5, "1.50"},
+      {"0;-0;\"zero\"", 0, 0, "zero"},
+      {"#,##0.00_);[Red](#,##0.00)", 0, -1234.5, "(1,234.50)"},
+      {"#,##0.00_);[Red](#,##0.00)", 0, 1234.5, "1,234.50 "},
+      // Literals, escapes and currencies; colours and conditions are skipped.
+      {"[$€-407] #,##0.00", 0, 1234.5, "€ 1,234.50"},
+      {"\\$0.00", 0, 3, "$3.00"},
+      {"0.00 \"kg\"", 0, 2, "2.00 kg"},
+      {"\"tel;\"0", 0, 5, "tel;5"},  // a quoted ';' is no section break
+      {"[Magenta]0.00", 0, 1.5, "1.50"},
+      {"[>=100]0;0.0", 0, 5, "5"},
+      // Scientific notation.
+      {"0.00E+00", 0, 12345, "1.23E+04"},
+      {"0.00E+00", 0, 0.000123, "1.23E-04"},
+      {"0.00E+00", 0, 99999, "1.00E+05"},
+      {nullptr, 11, 0, "0.00E+00"},
+      // Dates and times read as ISO.
+      {nullptr, 14, 45000, "2023-03-15"},
+      {nullptr, 15, 45000.75, "2023-03-15"},
+      {nullptr, 22, 45000.5, "2023-03-15 12:00:00"},
+      {nullptr, 20, 0.75, "18:00:00"},
+      {"dd/mm/yyyy", 0, 1, "1900-01-01"},
+      {"dd/mm/yyyy", 0, 60, "1900-02-29"},  // the serial the 1900 leap year bug invented
+      {"dd/mm/yyyy", 0, 61, "1900-03-01"},
+      {"yyyy-mm-dd hh:mm:ss", 0, 45000.999999999, "2023-03-16 00:00:00"},
+      {"mm:ss", 0, 0.5, "12:00:00"},  // minutes next to seconds are a time
+      // Text and fraction formats show the number.
+      {"@", 0, 42, "42"},
+      {nullptr, 49, 1.5, "1.5"},
+      {nullptr, 12, 1.5, "1.5"},
+      {nullptr, 1000, 7, "7"},
+  };
+  for (const Shown& row : rows) {
+    NumberFormat format = row.code ? NumberFormat(row.code) : NumberFormat::Builtin(row.builtin);
+    EXPECT_EQ(format.Format(row.value), row.text)
+        << (row.code ? row.code : "builtin " + std::to_string(row.builtin)) << " " << row.value;
+  }
 }
 
 TEST(NumberFormatTest, HostileCodesStayBounded) {

@@ -102,13 +102,4 @@ excel::CellKind KindAt(const excel::Sheet& sheet, size_t row, size_t column) {
   return sheet.rows[row].cells[column].kind;
 }
 
-excel::Sheet ReadSheetNamed(excel::Workbook& workbook, const std::string& name) {
-  const auto& sheets = workbook.Sheets();
-  for (size_t i = 0; i < sheets.size(); ++i) {
-    if (sheets[i].name == name) return workbook.ReadSheet(i);
-  }
-  ADD_FAILURE() << "no sheet named " << name;
-  return {};
-}
-
 }  // namespace zephyr::testing

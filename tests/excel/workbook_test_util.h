@@ -41,9 +41,6 @@ std::vector<std::string> RowTexts(const excel::Sheet& sheet, size_t index);
 // The kind of the cell, kEmpty when it is not stored.
 excel::CellKind KindAt(const excel::Sheet& sheet, size_t row, size_t column);
 
-// The sheet called `name`; fails the test when there is none.
-excel::Sheet ReadSheetNamed(excel::Workbook& workbook, const std::string& name);
-
 }  // namespace zephyr::testing
 
 #endif  // ZEPHYR_TESTS_EXCEL_WORKBOOK_TEST_UTIL_H_

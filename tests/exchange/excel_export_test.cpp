@@ -94,15 +94,9 @@ TEST(ExcelExportTest, ItemsThatCannotRoundTripAreNamedAndTheRestIsWritten) {
   EXPECT_EQ(report.cannot_round_trip[1],
             "item '  02' (Lonely) is a leaf at level 1 of 2; only leaves of the deepest level are "
             "written");
-}
-
-TEST(ExcelExportTest, AnUnwritableWorkbookIsAnErrorNamingIt) {
-  TempDir dir;
-  WritePopupFiles(dir.Path(), "P", {"T", {"A"}, {{"N", 3}}}, {{"01", "x"}});
-  auto popup = OpenPopup(dir.Path(), "P");
   try {
     ExportToWorkbook(*popup, dir.File("no/such/folder/out.xlsx"));
-    FAIL() << "expected an error";
+    FAIL() << "an unwritable workbook was written";
   } catch (const RuntimeError& error) {
     EXPECT_NE(error.Description().find("out.xlsx"), std::string::npos);
   }

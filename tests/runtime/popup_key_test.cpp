@@ -7,63 +7,48 @@
 namespace zephyr {
 namespace {
 
-TEST(PopupKeyTest, CompactPathAndLevelCountTwoDigitsPerLevel) {
+TEST(PopupKeyTest, StoredAndCompactFormsOfKeys) {
   EXPECT_EQ(CompactPath("01  02"), "0102");
   EXPECT_EQ(CompactPath("    01"), "01");
   EXPECT_EQ(KeyLevel("    01"), 1);
   EXPECT_EQ(KeyLevel("01  02"), 2);
   EXPECT_EQ(KeyLevel("010201"), 3);
   EXPECT_EQ(KeyLevel(""), 0);
+  EXPECT_EQ(GetParentKey("010203"), "0102");
+  EXPECT_EQ(GetParentKey("01  02"), "01");
+  EXPECT_EQ(GetParentKey("    01"), "");
+  EXPECT_EQ(GetParentKey(""), "");
+  EXPECT_EQ(GetParentKey("1"), "");
+  EXPECT_EQ(FormatStoredKey("0102  ", 3), "01  02");  // the own code goes last
+  EXPECT_EQ(FormatStoredKey("0103", 2), "0103");
+  EXPECT_EQ(FormatStoredKey("05", 1), "05");
+  for (const char* key : {"    01", "01  02", "010201"}) {
+    EXPECT_EQ(FormatStoredKey(CompactPath(key), 3), key);
+  }
 }
 
-TEST(PopupKeyTest, ChildPatternsOfRootInnerItemsAndLeaves) {
+TEST(PopupKeyTest, ChildrenMatchOnEverythingButTheirOwnCode) {
   EXPECT_EQ(ChildPattern("", 1), "*");  // every row is a top-level item
   EXPECT_EQ(ChildPattern("", 3), "    *");
   EXPECT_EQ(ChildPattern("    01", 3), "01  *");
   EXPECT_EQ(ChildPattern("01  02", 3), "0102*");
   EXPECT_EQ(ChildPattern("010201", 3), "01020");  // never lengthened: matches nothing
   EXPECT_THROW(ChildPattern("", 0), RuntimeError);
-}
 
-TEST(PopupKeyTest, ChildrenMatchOnEverythingButTheirOwnCode) {
   std::string root = ChildPattern("", 3);
   EXPECT_TRUE(MatchesChildPattern("    01", root));
   EXPECT_TRUE(MatchesChildPattern("    99", root));
   EXPECT_FALSE(MatchesChildPattern("01  02", root));
-
   std::string of_01 = ChildPattern("    01", 3);
   EXPECT_TRUE(MatchesChildPattern("01  02", of_01));
   EXPECT_FALSE(MatchesChildPattern("02  01", of_01));
   EXPECT_FALSE(MatchesChildPattern("010201", of_01));
   EXPECT_FALSE(MatchesChildPattern("01", of_01));  // too short to compare
-
   EXPECT_FALSE(MatchesChildPattern("010201", ChildPattern("010201", 3)));
   EXPECT_TRUE(MatchesChildPattern("07", ChildPattern("", 1)));
-}
-
-TEST(PopupKeyTest, AKeyWithABlankOwnCodeMatchesItsOwnPattern) {
-  // The loader must refuse such keys: they would make it descend forever.
+  // A key with a blank own code matches its own pattern: the loader must
+  // refuse such keys, or it would descend forever.
   EXPECT_TRUE(MatchesChildPattern("01    ", ChildPattern("01    ", 3)));
-}
-
-TEST(PopupKeyTest, ParentKeyIsTheParentsCompactPath) {
-  EXPECT_EQ(GetParentKey("010203"), "0102");
-  EXPECT_EQ(GetParentKey("01  02"), "01");
-  EXPECT_EQ(GetParentKey("    01"), "");
-  EXPECT_EQ(GetParentKey(""), "");
-  EXPECT_EQ(GetParentKey("1"), "");
-}
-
-TEST(PopupKeyTest, StoredKeysPutTheOwnCodeLast) {
-  EXPECT_EQ(FormatStoredKey("01", 3), "    01");
-  EXPECT_EQ(FormatStoredKey("0102", 3), "01  02");
-  EXPECT_EQ(FormatStoredKey("0102  ", 3), "01  02");
-  EXPECT_EQ(FormatStoredKey("010203", 3), "010203");
-  EXPECT_EQ(FormatStoredKey("0103", 2), "0103");
-  EXPECT_EQ(FormatStoredKey("05", 1), "05");
-  for (const char* key : {"    01", "01  02", "010201"}) {
-    EXPECT_EQ(FormatStoredKey(CompactPath(key), 3), key);
-  }
 }
 
 }  // namespace

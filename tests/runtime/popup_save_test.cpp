@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <filesystem>
 #include <random>
 
@@ -32,10 +33,6 @@ std::vector<std::string> FolderListing(const std::string& folder) {
   return names;
 }
 
-void Save(PopupClass& popup) {
-  SavePopupInTreeOrder(popup);
-}
-
 std::unique_ptr<PopupClass> OpenShop(const std::string& folder, const std::string& base = "Shop") {
   auto popup = std::make_unique<PopupClass>();
   popup->PopupPath(folder);
@@ -57,7 +54,7 @@ TEST_F(PopupSaveTest, ASavedPopupOpensAsTheSameTree) {
   auto crisps = snacks->Children()->Add("0201");
   crisps->Parent(snacks);
   crisps->PopupValues()->Add("Crisps, salted and long");
-  Save(*popup);
+  SavePopupInTreeOrder(*popup);
   EXPECT_EQ(ItemAccess::LoadedKey(*crisps), "0201");
   EXPECT_EQ(FolderListing(dir_.Path()), (std::vector<std::string>{"Shop.ZPD", "Shop.ZPT"}));
 
@@ -66,11 +63,12 @@ TEST_F(PopupSaveTest, ASavedPopupOpensAsTheSameTree) {
   auto reread = again->PopupItems()->Item(2)->Children()->Item(1);
   ASSERT_NE(reread, nullptr);
   EXPECT_EQ(reread->PopupValues()->Item(1)->Value(), "Crisps, salt");  // cut to the column
-  EXPECT_EQ(again->PopupItems()->Item(1)->Children()->Count(), 2);
 }
 
-TEST_F(PopupSaveTest, TheWorkTableHasOneColumnPerField) {
+TEST_F(PopupSaveTest, TheWorkTableHasOneColumnPerFieldAndFailuresAreReportedNotRaised) {
+  auto messages = std::make_shared<ScriptedMessageBox>();
   PopupClass popup;
+  popup.SetMessageBox(messages);
   popup.PopupPath(dir_.Path());
   popup.DataSource("Codes");
   popup.PopupLevels()->Add(Variant("Code"), 1);
@@ -82,35 +80,27 @@ TEST_F(PopupSaveTest, TheWorkTableHasOneColumnPerField) {
   std::string bytes = ReadBytes(dir_.File("Codes.ZPD"));
   ASSERT_EQ(bytes.size(), 66u);  // header, one descriptor, terminator, end-of-file byte
   EXPECT_EQ(bytes.substr(32, 10), "POPUP_CODE");
+
+  popup.PopupPath(dir_.File("missing-folder"));
+  EXPECT_NO_THROW(popup.SavePopup());
+  ASSERT_EQ(messages->shown.size(), 1u);
+  EXPECT_EQ(messages->shown[0].prompt,
+            "Problem saving Popup File:\r\n" + dir_.File("missing-folder") + "/Codes.bpd");
+  EXPECT_EQ(messages->shown[0].buttons, MessageButtons::kOk);
+  EXPECT_EQ(messages->shown[0].title, "");
+  auto item = PopupItem::Create();
+  item->PopupKey("01");
+  popup.WritePopupRecord(item);  // writes nothing, but the key counts as written
+  EXPECT_EQ(ItemAccess::LoadedKey(*item), "01");
 }
 
 TEST_F(PopupSaveTest, FilesWithOtherLetterCaseAreSavedUnderTheirOwnNames) {
   WritePopupFiles(dir_.Path(), "Shop", kShop, {{"  01", "Drinks"}}, "Shop.zpt", "Shop.zpd");
   auto popup = OpenShop(dir_.Path());
   popup->PopupItems()->Add("  02")->PopupValues()->Add("Bread");
-  Save(*popup);
+  SavePopupInTreeOrder(*popup);
   EXPECT_EQ(FolderListing(dir_.Path()), (std::vector<std::string>{"Shop.zpd", "Shop.zpt"}));
   EXPECT_EQ(OpenShop(dir_.Path())->PopupItems()->Count(), 2);
-}
-
-TEST_F(PopupSaveTest, AWorkTableThatCannotBeCreatedIsReportedNotRaised) {
-  auto messages = std::make_shared<ScriptedMessageBox>();
-  PopupClass popup;
-  popup.SetMessageBox(messages);
-  popup.PopupPath(dir_.File("missing-folder"));
-  popup.DataSource("Shop");
-  popup.PopupFields()->Add("Popup Code", 2, 0, 0);
-  EXPECT_NO_THROW(popup.SavePopup());
-  ASSERT_EQ(messages->shown.size(), 1u);
-  EXPECT_EQ(messages->shown[0].prompt,
-            "Problem saving Popup File:\r\n" + dir_.File("missing-folder") + "/Shop.bpd");
-  EXPECT_EQ(messages->shown[0].buttons, MessageButtons::kOk);
-  EXPECT_EQ(messages->shown[0].title, "");
-
-  auto item = PopupItem::Create();
-  item->PopupKey("01");
-  popup.WritePopupRecord(item);  // writes nothing, but the key counts as written
-  EXPECT_EQ(ItemAccess::LoadedKey(*item), "01");
 }
 
 TEST_F(PopupSaveTest, AnIncompleteSaveLeavesTheOldFilesUntouched) {
@@ -131,7 +121,7 @@ TEST_F(PopupSaveTest, AnIncompleteSaveLeavesTheOldFilesUntouched) {
   EXPECT_EQ(ReadBytes(dir_.File("Shop.ZPD")), old_data);
 
   // The next save clears the stale work files and goes through.
-  Save(*popup);
+  SavePopupInTreeOrder(*popup);
   EXPECT_EQ(OpenShop(dir_.Path())->Title(), "Renamed");
   EXPECT_EQ(FolderListing(dir_.Path()), (std::vector<std::string>{"Shop.ZPD", "Shop.ZPT"}));
 }
@@ -167,11 +157,14 @@ TEST_F(PopupSaveTest, KillingASaveMidwayNeverLeavesAPartialFile) {
     };
     rename(*popup.PopupItems());
   };
-  {
-    auto popup = OpenShop(reference.Path());
-    change(*popup);
-    Save(*popup);
-  }
+  auto reference_popup = OpenShop(reference.Path());
+  change(*reference_popup);
+  auto started = std::chrono::steady_clock::now();
+  SavePopupInTreeOrder(*reference_popup);
+  // Kills land anywhere from the start of a save to a little past its end.
+  auto save_time = std::chrono::duration_cast<std::chrono::microseconds>(
+                       std::chrono::steady_clock::now() - started)
+                       .count();
   const std::string new_template = ReadBytes(reference.File("Shop.ZPT"));
   const std::string new_data = ReadBytes(reference.File("Shop.ZPD"));
   ASSERT_NE(new_data, old_data);
@@ -182,18 +175,19 @@ TEST_F(PopupSaveTest, KillingASaveMidwayNeverLeavesAPartialFile) {
   ::sigprocmask(SIG_BLOCK, &wait_for, nullptr);  // the signal waits for sigwait
   std::mt19937 random(20261121);
   int saw_old = 0, saw_new = 0;
-  for (int attempt = 0; attempt < 12; ++attempt) {
+  for (int attempt = 0; attempt < 20; ++attempt) {
     pid_t child = ::fork();
     if (child == 0) {
       auto popup = OpenShop(dir_.Path());
       change(*popup);
       ::kill(::getppid(), SIGUSR1);  // loaded; the save starts now
-      Save(*popup);
+      SavePopupInTreeOrder(*popup);
       ::_exit(0);
     }
     int signal_number;
     sigwait(&wait_for, &signal_number);
-    ::usleep(std::uniform_int_distribution<int>(0, 40000)(random));
+    ::usleep(static_cast<useconds_t>(
+        std::uniform_int_distribution<int64_t>(0, save_time * 5 / 4 + 1)(random)));
     ::kill(child, SIGKILL);
     int status;
     ::waitpid(child, &status, 0);
@@ -203,7 +197,7 @@ TEST_F(PopupSaveTest, KillingASaveMidwayNeverLeavesAPartialFile) {
     EXPECT_TRUE(template_now == old_template || template_now == new_template) << attempt;
     EXPECT_TRUE(data_now == old_data || data_now == new_data) << attempt;
     (data_now == new_data ? saw_new : saw_old)++;
-    if (data_now == new_data) {  // start again from the old files
+    if (data_now == new_data || template_now == new_template) {  // start again from the old files
       testing::WriteBytes(dir_.File("Shop.ZPT"), old_template);
       testing::WriteBytes(dir_.File("Shop.ZPD"), old_data);
     }

@@ -5,7 +5,6 @@
 
 #include "helpers/temp_dir.h"
 #include "zephyr/runtime/popup_class.h"
-#include "zephyr/support/codepage.h"
 
 namespace zephyr {
 namespace {
@@ -97,29 +96,31 @@ TEST_F(PopupTemplateTest, WritesTheExactBytesAndReadsThemBack) {
   EXPECT_EQ(fields->Item(2)->StartCharPos(), 5);
 }
 
-TEST_F(PopupTemplateTest, StartPositionsAreComputedNotCopied) {
+TEST_F(PopupTemplateTest, StartPositionsAreComputedAndAStaleWorkFileIsReplaced) {
+  WriteBytes(dir_.File("P.bpt"), std::string(500, 'x'));
   auto popup = MakePopup("T", {"A", "B", "C"}, {{"One", 10}, {"Two", 3}, {"Three", 1}});
-  std::string bytes = WriteAndInstall(*popup);
-  EXPECT_NE(bytes.find("7,10,\"One\"\r\n17,3,\"Two\"\r\n20,1,\"Three\"\r\n"), std::string::npos);
-  auto loaded = Load();
-  EXPECT_EQ(loaded->PopupFields()->Item(4)->StartCharPos(), 20);
-}
+  EXPECT_EQ(WriteAndInstall(*popup),
+            "\"T\"\r\n3\r\n2,\"A\"\r\n2,\"B\"\r\n2,\"C\"\r\n3\r\n"
+            "7,10,\"One\"\r\n17,3,\"Two\"\r\n20,1,\"Three\"\r\n");
+  EXPECT_EQ(Load()->PopupFields()->Item(4)->StartCharPos(), 20);
 
-TEST_F(PopupTemplateTest, NoCompanionFieldsLeavesOnlyTheKeyField) {
-  auto popup = MakePopup("Codes", {"Code"}, {});
-  EXPECT_EQ(WriteAndInstall(*popup), "\"Codes\"\r\n1\r\n2,\"Code\"\r\n0\r\n");
+  auto codes = MakePopup("Codes", {"Code"}, {});  // no companions: only the key field
+  EXPECT_EQ(WriteAndInstall(*codes), "\"Codes\"\r\n1\r\n2,\"Code\"\r\n0\r\n");
   auto loaded = Load();
   ASSERT_EQ(loaded->PopupFields()->Count(), 1);
   EXPECT_EQ(loaded->PopupFields()->Item(1)->FieldLength(), 2);
+
+  codes->PopupPath(dir_.File("no/such/folder"));  // an uncreatable work file is ignored
+  EXPECT_NO_THROW(codes->WriteTemplate());
+  struct stat info;
+  EXPECT_NE(::stat(dir_.File("no/such/folder/P.bpt").c_str(), &info), 0);
 }
 
-TEST_F(PopupTemplateTest, ACommaInATitleCutsItOnTheNextLoad) {
-  auto popup = MakePopup("Fruit, Veg", {"Kind"}, {});
-  WriteAndInstall(*popup);
-  EXPECT_EQ(Load()->Title(), "\"Fruit");
-}
+TEST_F(PopupTemplateTest, ReadingFollowsTheLineSeparators) {
+  WriteAndInstall(*MakePopup("Fruit, Veg", {"Kind"}, {}));
+  EXPECT_EQ(Load()->Title(), "\"Fruit");  // a comma in a title cuts it on the next load
 
-TEST_F(PopupTemplateTest, TabSeparatedLinesKeepTheirCommas) {
+  // Tab-separated lines keep their commas.
   WriteBytes(
       dir_.File("P.ZPT"),
       "\"Sizes, colours\"\t\r\n1\r\n2\t\"Size, then colour\"\r\n1\r\n3\t8\t\"Name, short\"\r\n");
@@ -128,6 +129,9 @@ TEST_F(PopupTemplateTest, TabSeparatedLinesKeepTheirCommas) {
   EXPECT_EQ(loaded->PopupLevels()->Item(1)->Question().ToText(), "Size, then colour");
   EXPECT_EQ(loaded->PopupFields()->Item(2)->Name(), "Name, short");
   EXPECT_EQ(loaded->PopupFields()->Item(2)->FieldLength(), 8);
+
+  WriteBytes(dir_.File("P.ZPT"), "\"T\"\r\n1\r\n2,\"A\"\r\n0");  // a last line without its end
+  EXPECT_EQ(Load()->PopupLevels()->Count(), 1);
 }
 
 TEST_F(PopupTemplateTest, TextIsStoredInTheCodePage) {
@@ -141,36 +145,6 @@ TEST_F(PopupTemplateTest, TextIsStoredInTheCodePage) {
   auto loaded = Load();
   EXPECT_EQ(loaded->Title(), "Café €");
   EXPECT_EQ(loaded->PopupFields()->Item(2)->Name(), "Naïve ?");
-
-  SetActiveCodePage("CP1250");
-  auto central = MakePopup("ł", {"Q"}, {});
-  EXPECT_EQ(WriteAndInstall(*central).substr(0, 5), "\"\xB3\"\r\n");
-  EXPECT_EQ(Load()->Title(), "ł");
-  SetActiveCodePage("WINDOWS-1252");
-}
-
-TEST_F(PopupTemplateTest, WriteReplacesAStaleWorkFileAndIgnoresAnUncreatableOne) {
-  WriteBytes(dir_.File("P.bpt"), std::string(500, 'x'));
-  auto popup = MakePopup("T", {"Q"}, {});
-  EXPECT_EQ(WriteAndInstall(*popup), "\"T\"\r\n1\r\n2,\"Q\"\r\n0\r\n");
-
-  popup->PopupPath(dir_.File("no/such/folder"));
-  EXPECT_NO_THROW(popup->WriteTemplate());
-  struct stat info;
-  EXPECT_NE(::stat(dir_.File("no/such/folder/P.bpt").c_str(), &info), 0);
-}
-
-TEST_F(PopupTemplateTest, AMissingTemplateIsAnInvalidArgumentNamingTheFile) {
-  PopupClass popup;
-  popup.PopupPath(dir_.Path());
-  popup.DataSource("Absent");
-  try {
-    popup.LoadTemplate();
-    FAIL() << "expected an error";
-  } catch (const RuntimeError& error) {
-    EXPECT_EQ(error.Number(), 5);
-    EXPECT_NE(error.Description().find(dir_.File("Absent.ZPT")), std::string::npos);
-  }
 }
 
 TEST_F(PopupTemplateTest, MalformedTemplatesFailWithTheLineThatFailed) {
@@ -193,19 +167,23 @@ TEST_F(PopupTemplateTest, MalformedTemplatesFailWithTheLineThatFailed) {
 
   EXPECT_EQ(LoadFailure("").Number(), 9);
   EXPECT_EQ(LoadFailure("\"T\"\n1\n2,\"A\"\n0\n").Number(), 9);  // lines end in CR LF only
-}
 
-TEST_F(PopupTemplateTest, AFailedLoadKeepsWhatWasAddedSoFar) {
-  PopupClass popup;
-  LoadFailure("\"T\"\r\n2\r\n2,\"A\"\r\n2,\"B\"\r\n2\r\n5,4,\"F\"\r\n9,x,\"G\"\r\n", &popup);
-  EXPECT_EQ(popup.Title(), "T");
-  EXPECT_EQ(popup.PopupLevels()->Count(), 2);
-  EXPECT_EQ(popup.PopupFields()->Count(), 2);  // the key field and F
-}
+  PopupClass partial;  // a failed load keeps what was added so far
+  LoadFailure("\"T\"\r\n2\r\n2,\"A\"\r\n2,\"B\"\r\n2\r\n5,4,\"F\"\r\n9,x,\"G\"\r\n", &partial);
+  EXPECT_EQ(partial.Title(), "T");
+  EXPECT_EQ(partial.PopupLevels()->Count(), 2);
+  EXPECT_EQ(partial.PopupFields()->Count(), 2);  // the key field and F
 
-TEST_F(PopupTemplateTest, ALastLineWithoutItsLineEndStillCounts) {
-  WriteBytes(dir_.File("P.ZPT"), "\"T\"\r\n1\r\n2,\"A\"\r\n0");
-  EXPECT_EQ(Load()->PopupLevels()->Count(), 1);
+  PopupClass absent;  // a missing template is an invalid argument naming the file
+  absent.PopupPath(dir_.Path());
+  absent.DataSource("Absent");
+  try {
+    absent.LoadTemplate();
+    FAIL() << "expected an error";
+  } catch (const RuntimeError& error) {
+    EXPECT_EQ(error.Number(), 5);
+    EXPECT_NE(error.Description().find(dir_.File("Absent.ZPT")), std::string::npos);
+  }
 }
 
 }  // namespace

@@ -9,7 +9,7 @@ namespace {
 
 using testing::ErrorNumberOf;
 
-TEST(ErrorsTest, RuntimeErrorsCarryNumberSourceAndStandardText) {
+TEST(ErrorsTest, ErrorsCarryNumberSourceAndStandardText) {
   RuntimeError error(RuntimeErrorCode::kSubscriptOutOfRange, "line 4 of template 'a.ZPT'");
   EXPECT_EQ(error.Number(), 9);
   EXPECT_EQ(error.Source(), "ZephyrPopup60");
@@ -17,9 +17,7 @@ TEST(ErrorsTest, RuntimeErrorsCarryNumberSourceAndStandardText) {
   EXPECT_STREQ(error.what(), error.Description().c_str());
   EXPECT_EQ(RuntimeError(RuntimeErrorCode::kDuplicateKey).Description(),
             "This key is already associated with an element of this collection");
-}
-
-TEST(ErrorsTest, HostsCatchOneBaseTypeAndTestTheNumber) {
+  // Hosts catch one base type and test the number.
   EXPECT_EQ(ErrorNumberOf([] {
               throw AutomationError(kObjectErrorBase + 512, "dBase Class",
                                     "dBase File Not Found 'x'");
@@ -38,7 +36,6 @@ TEST(VariantTest, TextFormsFollowThePlatform) {
   EXPECT_EQ(Variant().ToText(), "");
   EXPECT_EQ(Variant(int16_t{-3}).ToText(), "-3");
   EXPECT_EQ(Variant(3.0).ToText(), "3");
-  EXPECT_EQ(Variant(1.5).ToText(), "1.5");
   EXPECT_EQ(Variant(0.1).ToText(), "0.1");
   EXPECT_EQ(Variant(1e20).ToText(), "1E+20");
   EXPECT_EQ(Variant(-2.5e-16).ToText(), "-2.5E-16");
@@ -55,10 +52,10 @@ TEST(VariantTest, IntegerConversionsRoundHalfToEvenAndCheckRange) {
   EXPECT_EQ(Variant("&H10").ToInt16(), 16);
   EXPECT_EQ(Variant("1e2").ToInt16(), 100);
   EXPECT_EQ(ErrorNumberOf([] { Variant("40000").ToInt16(); }), 6);
-  EXPECT_EQ(ErrorNumberOf([] { Variant("abc").ToInt16(); }), 13);
-  EXPECT_EQ(ErrorNumberOf([] { Variant("").ToInt32(); }), 13);
-  EXPECT_EQ(ErrorNumberOf([] { Variant("1,5").ToInt32(); }), 13);
   EXPECT_EQ(ErrorNumberOf([] { TextToInt32("99999999999"); }), 6);
+  for (const char* text : {"abc", "", "1,5"}) {
+    EXPECT_EQ(ErrorNumberOf([&] { Variant(text).ToInt32(); }), 13) << text;
+  }
 }
 
 TEST(VariantTest, CopiesAreValuesButObjectsAreShared) {
@@ -69,7 +66,6 @@ TEST(VariantTest, CopiesAreValuesButObjectsAreShared) {
   copy.AsArray()->At(1, 1) = Variant("changed");
   EXPECT_EQ(original.AsArray()->At(1, 1).ToText(), "a");
   EXPECT_FALSE(original == copy);
-
   auto object = std::make_shared<Object>();
   Variant first(object);
   Variant second = first;
@@ -77,30 +73,25 @@ TEST(VariantTest, CopiesAreValuesButObjectsAreShared) {
   EXPECT_TRUE(first == second);
 }
 
-TEST(VariantArrayTest, SubscriptsAreCheckedAgainstBoundsAndDimensions) {
+TEST(VariantArrayTest, SubscriptsAreCheckedAndRedimPreserveKeepsRows) {
   VariantArray table = VariantArray::Table(3, 2);
   EXPECT_EQ(table.LBound(1), 1);
-  EXPECT_EQ(table.UBound(2), 2);
   table.At(3, 2) = Variant("last");
   EXPECT_EQ(table.Elements().back().ToText(), "last");  // (column, row) with columns side by side
   EXPECT_EQ(ErrorNumberOf([&] { table.At(0, 1); }), 9);
   EXPECT_EQ(ErrorNumberOf([&] { table.At(1, 3); }), 9);
   EXPECT_EQ(ErrorNumberOf([&] { table.At(1); }), 9);  // one subscript on two dimensions
   EXPECT_EQ(ErrorNumberOf([&] { table.UBound(3); }), 9);
-
   VariantArray based_at_zero({0, 4});
   EXPECT_EQ(based_at_zero.LBound(), 0);
   EXPECT_EQ(based_at_zero.Elements().size(), 5u);
-}
 
-TEST(VariantArrayTest, RedimPreserveKeepsRowsAndRefusesZeroRows) {
-  VariantArray table = VariantArray::Table(2, 3);
-  table.At(2, 2) = Variant("kept");
-  table.RedimPreserve(2);
-  EXPECT_EQ(table.UBound(2), 2);
-  EXPECT_EQ(table.At(2, 2).ToText(), "kept");
+  table.At(2, 1) = Variant("kept");
+  table.RedimPreserve(1);
+  EXPECT_EQ(table.UBound(2), 1);
+  EXPECT_EQ(table.At(2, 1).ToText(), "kept");
   EXPECT_EQ(ErrorNumberOf([&] { table.RedimPreserve(0); }), 9);
-  EXPECT_EQ(table.UBound(2), 2);
+  EXPECT_EQ(table.UBound(2), 1);
 }
 
 }  // namespace

@@ -14,22 +14,23 @@ namespace {
 using testing::TempDir;
 using Elements = std::vector<std::string>;
 
-TEST(SplitLineTest, TabsWinOverCommasForTheWholeLine) {
-  EXPECT_EQ(SplitLine("a,b\tc"), (Elements{"a,b", "c"}));
+TEST(TextHelpersTest, SplitLineStripQuotesAndTrailingSlash) {
+  EXPECT_EQ(SplitLine("a,b\tc"), (Elements{"a,b", "c"}));  // tabs win for the whole line
   EXPECT_EQ(SplitLine("5,20,\"Name\""), (Elements{"5", "20", "\"Name\""}));
   EXPECT_EQ(SplitLine("a,,b,"), (Elements{"a", "", "b", ""}));
   EXPECT_EQ(SplitLine(""), (Elements{""}));
   EXPECT_EQ(SplitLine("\t"), (Elements{"", ""}));
-}
-
-TEST(StripQuotesTest, RemovesOneEnclosingPairThenTrimsBlanks) {
+  // One enclosing pair of quotes goes, then blanks (only blanks) are trimmed.
   EXPECT_EQ(StripQuotes("\"Title\""), "Title");
   EXPECT_EQ(StripQuotes("\" padded \""), "padded");
   EXPECT_EQ(StripQuotes("\"\""), "");
   EXPECT_EQ(StripQuotes("\"open"), "\"open");
   EXPECT_EQ(StripQuotes("\"say \"hi\"\""), "say \"hi\"");
-  EXPECT_EQ(StripQuotes("  plain \t "), "plain \t");  // only blanks are trimmed
+  EXPECT_EQ(StripQuotes("  plain \t "), "plain \t");
   EXPECT_EQ(StripQuotes("\""), "\"");
+  EXPECT_EQ(WithTrailingSlash("/data"), "/data/");
+  EXPECT_EQ(WithTrailingSlash("/data/"), "/data/");
+  EXPECT_EQ(WithTrailingSlash(""), "./");
 }
 
 TEST(FileUtilsTest, ExistenceAndReadOnlyTests) {
@@ -41,7 +42,6 @@ TEST(FileUtilsTest, ExistenceAndReadOnlyTests) {
   EXPECT_TRUE(PathExists(path));
   EXPECT_TRUE(PathExists(dir.Path()));
   EXPECT_FALSE(PathExists(""));
-  EXPECT_FALSE(isFileReadOnly(path));
   ::chmod(path.c_str(), 0444);
   EXPECT_FALSE(isFileReadOnly(path));  // readable counts as writable
   if (::geteuid() != 0) {
@@ -50,23 +50,7 @@ TEST(FileUtilsTest, ExistenceAndReadOnlyTests) {
   }
 }
 
-TEST(FileUtilsTest, ReadWholeFileConvertsFromTheCodePage) {
-  TempDir dir;
-  std::string path = dir.File("t");
-  testing::WriteBytes(path, "\xE9t\xE9\r\n");
-  File file = File::Open(path, File::Mode::kRead);
-  EXPECT_EQ(ReadWholeFile(file, file.Size()), "été\r\n");
-  EXPECT_EQ(ReadWholeFile(file, 0), "");
-  EXPECT_EQ(ReadWholeFile(file, 100), "été\r\n");  // only what was read
-}
-
-TEST(FileUtilsTest, FoldersGainOneTrailingSlash) {
-  EXPECT_EQ(WithTrailingSlash("/data"), "/data/");
-  EXPECT_EQ(WithTrailingSlash("/data/"), "/data/");
-  EXPECT_EQ(WithTrailingSlash(""), "./");
-}
-
-TEST(FileTest, FailuresNameTheFile) {
+TEST(FileTest, ReadsWritesAndFailuresNameTheFile) {
   TempDir dir;
   try {
     File::Open(dir.File("missing.ZPD"), File::Mode::kRead);
@@ -81,6 +65,12 @@ TEST(FileTest, FailuresNameTheFile) {
   char buffer[16];
   EXPECT_EQ(file.ReadAt(4, buffer, sizeof buffer), 3u);
   EXPECT_EQ(std::string(buffer, 3), "abc");
+
+  testing::WriteBytes(dir.File("t"), "\xE9t\xE9\r\n");  // whole files come from the code page
+  File text = File::Open(dir.File("t"), File::Mode::kRead);
+  EXPECT_EQ(ReadWholeFile(text, text.Size()), "été\r\n");
+  EXPECT_EQ(ReadWholeFile(text, 0), "");
+  EXPECT_EQ(ReadWholeFile(text, 100), "été\r\n");  // only what was read
 }
 
 }  // namespace

@@ -44,16 +44,27 @@ class DamagedFileTest : public ::testing::Test {
   std::string good_;  // 97 header bytes, six records of 6 bytes, 0x1A
 };
 
-TEST_F(DamagedFileTest, MoreRecordsPromisedThanHeld) {
-  std::string bytes = good_;
-  testing::PutLe32(&bytes, 4, 10);
-  WriteBytes(path_, bytes);
+TEST_F(DamagedFileTest, RecordsPromisedButNotHeldNameTheRecordAndTheFile) {
+  std::string more = good_;
+  testing::PutLe32(&more, 4, 10);
+  std::string huge = good_;  // with record length zero
+  testing::PutLe32(&huge, 4, 0xFFFFFFFF);
+  testing::PutLe16(&huge, 10, 0);
+  const std::pair<std::string, std::string> cases[] = {
+      {more, "record 7 of '" + path_ + "' lies beyond the end of the file"},
+      {good_.substr(0, good_.size() - 3), "record 6 of '" + path_ + "'"},  // the last cut short
+      {huge, path_}};
+  for (const auto& [bytes, message] : cases) {
+    WriteBytes(path_, bytes);
+    dBase table;
+    table.OpenFile(path_);
+    EXPECT_NE(RuntimeErrorOf([&] { table.GetTableValues(); }).find(message), std::string::npos)
+        << message;
+  }
+
+  WriteBytes(path_, more);  // records before the end are still read one by one
   dBase table;
   table.OpenFile(path_);
-  EXPECT_NE(RuntimeErrorOf([&] {
-              table.GetTableValues();
-            }).find("record 7 of '" + path_ + "' lies beyond the end of the file"),
-            std::string::npos);
   table.GetRecord(6);
   EXPECT_EQ(table.Value(1), Variant("06"));
   EXPECT_NE(RuntimeErrorOf([&] { table.GetRecord(7); }).find("record 7 of '" + path_ + "'"),
@@ -61,43 +72,20 @@ TEST_F(DamagedFileTest, MoreRecordsPromisedThanHeld) {
   EXPECT_EQ(table.RecordNo(), 0);
 }
 
-TEST_F(DamagedFileTest, LastRecordCutShort) {
-  WriteBytes(path_, good_.substr(0, good_.size() - 3));
-  dBase table;
-  table.OpenFile(path_);
-  EXPECT_NE(RuntimeErrorOf([&] { table.GetTableValues(); }).find("record 6 of"), std::string::npos);
-}
-
-TEST_F(DamagedFileTest, HugeCountWithRecordLengthZero) {
-  std::string bytes = good_;
-  testing::PutLe32(&bytes, 4, 0xFFFFFFFF);
-  testing::PutLe16(&bytes, 10, 0);
-  WriteBytes(path_, bytes);
-  dBase table;
-  table.OpenFile(path_);
-  EXPECT_NE(RuntimeErrorOf([&] { table.GetTableValues(); }).find(path_), std::string::npos);
-}
-
-TEST_F(DamagedFileTest, HeaderLengthBeyondTheFile) {
-  std::string bytes = good_.substr(0, 97);
-  testing::PutLe16(&bytes, 8, 8456);  // 263 descriptors, the file holds 2
-  WriteBytes(path_, bytes);
-  dBase table;
-  std::string error = RuntimeErrorOf([&] { table.OpenFile(path_); });
-  EXPECT_NE(error.find("field descriptor 3 of '" + path_ + "' is cut short"), std::string::npos)
-      << error;
-  EXPECT_FALSE(table.FileExists());
-}
-
-TEST_F(DamagedFileTest, FileCutInADescriptorOrTheHeader) {
-  WriteBytes(path_, good_.substr(0, 50));
-  dBase table;
-  EXPECT_NE(RuntimeErrorOf([&] { table.OpenFile(path_); }).find("field descriptor 1"),
-            std::string::npos);
-  WriteBytes(path_, good_.substr(0, 20));
-  EXPECT_NE(RuntimeErrorOf([&] { table.OpenFile(path_); }).find("header of '" + path_),
-            std::string::npos);
-  EXPECT_FALSE(table.FileExists());
+TEST_F(DamagedFileTest, HeadersCutShortFailToOpen) {
+  std::string descriptors = good_.substr(0, 97);
+  testing::PutLe16(&descriptors, 8, 8456);  // 263 descriptors, the file holds 2
+  const std::pair<std::string, std::string> cases[] = {
+      {descriptors, "field descriptor 3 of '" + path_ + "' is cut short"},
+      {good_.substr(0, 50), "field descriptor 1"},
+      {good_.substr(0, 20), "header of '" + path_}};
+  for (const auto& [bytes, message] : cases) {
+    WriteBytes(path_, bytes);
+    dBase table;
+    std::string error = RuntimeErrorOf([&] { table.OpenFile(path_); });
+    EXPECT_NE(error.find(message), std::string::npos) << error;
+    EXPECT_FALSE(table.FileExists());
+  }
 }
 
 TEST_F(DamagedFileTest, RecordLengthShorterThanTheColumns) {

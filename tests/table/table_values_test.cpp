@@ -69,32 +69,23 @@ TEST(GetTableValuesTest, LiveRecordsInFileOrderWithUntrimmedText) {
   testing::CreateTable(
       path, {{"K", "C", 4}, {"N", "N", 3}, {"V", "C", 3}},
       {{"01", "", "a"}, {"02", "", "b"}, {"03", "", "c"}, {"04", "", "d"}, {"05", "", "e"}});
-  dBase writer;
-  writer.OpenMode(dBase::kReadWrite);
-  writer.OpenFile(path);
-  for (int32_t rec_no : {2, 4}) {
-    writer.GetRecord(rec_no);
-    writer.Deleted(true);
-    writer.PutRecord(rec_no);
-  }
-  writer.CloseFile();
-
+  std::string bytes = ReadBytes(path);
+  bytes[129 + 11] = bytes[129 + 33] = '*';  // records 2 and 4 are deleted
+  testing::WriteBytes(path, bytes);
   dBase table;
   table.OpenFile(path);
   Variant values = table.GetTableValues();
   const VariantArray* array = values.AsArray();
   ASSERT_NE(array, nullptr);
   EXPECT_EQ(array->LBound(1), 1);
-  EXPECT_EQ(array->UBound(1), 3);
   EXPECT_EQ(array->LBound(2), 1);
-  EXPECT_EQ(array->UBound(2), 3);
   EXPECT_EQ(testing::ArrayRows(values),
             (Rows{{"01  ", "", "a  "}, {"03  ", "", "c  "}, {"05  ", "", "e  "}}));
   EXPECT_TRUE(array->At(2, 1).IsEmpty());
   EXPECT_EQ(table.RecordNo(), 5);
 }
 
-TEST(GetTableValuesTest, EmptyVariantWhenClosedOrEmpty) {
+TEST(GetTableValuesTest, NothingWhenClosedOrEmptyAndAnErrorWhenAllAreDeleted) {
   TempDir dir;
   std::string path = dir.File("t.zpd");
   testing::CreateTable(path, {{"K", "C", 2}}, {});
@@ -102,16 +93,12 @@ TEST(GetTableValuesTest, EmptyVariantWhenClosedOrEmpty) {
   EXPECT_TRUE(table.GetTableValues().IsEmpty());
   table.OpenFile(path);
   EXPECT_TRUE(table.GetTableValues().IsEmpty());
-}
 
-TEST(GetTableValuesTest, AllRecordsDeletedIsSubscriptOutOfRange) {
-  TempDir dir;
-  std::string path = dir.File("t.zpd");
+  path = dir.File("deleted.zpd");
   testing::CreateTable(path, {{"K", "C", 2}}, {{"01"}});
   std::string bytes = ReadBytes(path);
   bytes[65] = '*';
   testing::WriteBytes(path, bytes);
-  dBase table;
   table.OpenFile(path);
   try {
     table.GetTableValues();
@@ -158,48 +145,30 @@ TEST(SortTableValuesTest, ChecksInOrder) {
   }
 }
 
-TEST(SortTableValuesTest, RowsMoveWhole) {
+TEST(SortTableValuesTest, RowsMoveWholeInCollationOrder) {
   dBase table;
-  Variant values = MakeArray({{"ten", "10"}, {"two", "02"}, {"one", "01"}});
-  Variant& result = table.SortTableValues(values, 2, false);
-  EXPECT_EQ(&result, &values);
-  EXPECT_EQ(testing::ArrayRows(values), (Rows{{"one", "01"}, {"two", "02"}, {"ten", "10"}}));
-  table.SortTableValues(values, 2, true);
-  EXPECT_EQ(testing::ArrayRows(values), (Rows{{"ten", "10"}, {"two", "02"}, {"one", "01"}}));
+  auto sorted = [&](const Rows& rows, bool descending, int32_t column = 1) {
+    Variant values = MakeArray(rows);
+    Variant& result = table.SortTableValues(values, column, descending);
+    EXPECT_EQ(&result, &values);
+    return testing::ArrayRows(values);
+  };
+  Rows numbered = {{"ten", "10"}, {"two", "02"}, {"one", "01"}};
+  EXPECT_EQ(sorted(numbered, false, 2), (Rows{{"one", "01"}, {"two", "02"}, {"ten", "10"}}));
+  EXPECT_EQ(sorted(numbered, true, 2), (Rows{{"ten", "10"}, {"two", "02"}, {"one", "01"}}));
+  EXPECT_EQ(sorted({{"x"}}, true), (Rows{{"x"}}));
+  // Keys with blanks sort before digits.
+  EXPECT_EQ(sorted({{"0101"}, {"  02"}, {"01  "}, {"0201"}, {"  01"}}, false),
+            (Rows{{"  01"}, {"  02"}, {"01  "}, {"0101"}, {"0201"}}));
+  // Descending keeps a text before its extensions.
+  Rows prefixes = {{"AB"}, {"ABC"}, {"B"}, {"A"}};
+  EXPECT_EQ(sorted(prefixes, true), (Rows{{"B"}, {"A"}, {"AB"}, {"ABC"}}));
+  EXPECT_EQ(sorted(prefixes, false), (Rows{{"A"}, {"AB"}, {"ABC"}, {"B"}}));
+  // Keys equal in any case are not swapped.
+  EXPECT_EQ(sorted({{"abc", "1"}, {"ABC", "2"}}, false), (Rows{{"abc", "1"}, {"ABC", "2"}}));
 
-  Variant single = MakeArray({{"x"}});
-  table.SortTableValues(single, 1, true);
-  EXPECT_EQ(testing::ArrayRows(single), (Rows{{"x"}}));
-}
-
-TEST(SortTableValuesTest, KeysWithBlanksSortBeforeDigits) {
-  dBase table;
-  Variant values = MakeArray({{"0101"}, {"  02"}, {"01  "}, {"0201"}, {"  01"}});
-  table.SortTableValues(values, 1, false);
-  EXPECT_EQ(testing::ArrayRows(values), (Rows{{"  01"}, {"  02"}, {"01  "}, {"0101"}, {"0201"}}));
-}
-
-TEST(SortTableValuesTest, DescendingKeepsATextBeforeItsExtensions) {
-  dBase table;
-  Variant values = MakeArray({{"AB"}, {"ABC"}, {"B"}, {"A"}});
-  table.SortTableValues(values, 1, true);
-  EXPECT_EQ(testing::ArrayRows(values), (Rows{{"B"}, {"A"}, {"AB"}, {"ABC"}}));
-  table.SortTableValues(values, 1, false);
-  EXPECT_EQ(testing::ArrayRows(values), (Rows{{"A"}, {"AB"}, {"ABC"}, {"B"}}));
-}
-
-TEST(SortTableValuesTest, EqualKeysInAnyCaseAreNotSwapped) {
-  dBase table;
-  Variant values = MakeArray({{"abc", "1"}, {"ABC", "2"}});
-  table.SortTableValues(values, 1, false);
-  EXPECT_EQ(testing::ArrayRows(values), (Rows{{"abc", "1"}, {"ABC", "2"}}));
-}
-
-TEST(SortTableValuesTest, NonTextValuesSortByTheirText) {
-  dBase table;
-  VariantArray array = VariantArray::Table(1, 3);
+  VariantArray array = VariantArray::Table(1, 3);  // other values sort by their text
   array.At(1, 1) = Variant(int32_t{7});
-  array.At(1, 2) = Variant();
   array.At(1, 3) = Variant(true);
   Variant values(std::move(array));
   table.SortTableValues(values, 1, false);
@@ -208,31 +177,20 @@ TEST(SortTableValuesTest, NonTextValuesSortByTheirText) {
 
 TEST(CollationTest, ClassesAndCase) {
   const CodePageCollation& collation = CodePageCollation::Active();
-  auto less = [&](const std::string& a, const std::string& b) {
-    return collation.Compare(ToCodePage(a), ToCodePage(b)) < 0;
-  };
-  EXPECT_TRUE(less("\x01", " "));
-  EXPECT_TRUE(less(" ", "!"));
-  EXPECT_TRUE(less("~", "0"));
-  EXPECT_TRUE(less("9", "A"));
-  EXPECT_TRUE(less("a", "B"));
-  EXPECT_TRUE(less("B", "c"));
-  EXPECT_TRUE(less("e", "é"));
-  EXPECT_TRUE(less("É", "f"));
-  EXPECT_TRUE(less("s", "ß"));
-  EXPECT_TRUE(less("ß", "t"));
-  EXPECT_TRUE(less("z", "Þ"));
-  EXPECT_TRUE(less("", "a"));
+  const std::vector<std::pair<std::string, std::string>> ascending = {
+      {"\x01", " "}, {" ", "!"}, {"~", "0"}, {"9", "A"}, {"a", "B"}, {"B", "c"},
+      {"e", "é"},    {"É", "f"}, {"s", "ß"}, {"ß", "t"}, {"z", "Þ"}, {"", "a"}};
+  for (const auto& [a, b] : ascending) {
+    EXPECT_LT(collation.Compare(ToCodePage(a), ToCodePage(b)), 0) << a << " < " << b;
+  }
   EXPECT_EQ(collation.Compare(ToCodePage("ÉCOLE"), ToCodePage("école")), 0);
   EXPECT_EQ(collation.Compare(ToCodePage("Straße"), ToCodePage("STRAßE")), 0);
   EXPECT_EQ(collation.UpperCase(ToCodePage("abcÿœ1")), ToCodePage("ABCŸŒ1"));
-}
 
-TEST(CollationTest, OtherCodePagesFoldAndOrderTheirOwnLetters) {
-  CodePage cyrillic("CP1251");
-  CodePageCollation collation(cyrillic);
+  CodePage cyrillic("CP1251");  // other code pages fold and order their own letters
+  CodePageCollation other(cyrillic);
   auto compare = [&](const char* a, const char* b) {
-    return collation.Compare(cyrillic.FromUtf8(a), cyrillic.FromUtf8(b));
+    return other.Compare(cyrillic.FromUtf8(a), cyrillic.FromUtf8(b));
   };
   EXPECT_EQ(compare("жук", "ЖУК"), 0);
   EXPECT_LT(compare("z", "а"), 0);  // other scripts after Z
@@ -275,30 +233,22 @@ TEST_P(ShellOrderTest, MatchesTheLiteralAlgorithm) {
 INSTANTIATE_TEST_SUITE_P(AllCases, ShellOrderTest,
                          ::testing::Combine(::testing::Bool(), ::testing::Bool()));
 
-TEST(PutTableValuesTest, SingleSubscriptReadsRejectTwoDimensionalArrays) {
-  TempDir dir;
-  std::string path = dir.File("t.zpd");
-  testing::CreateTable(path, {{"K", "C", 2}}, {});
-  dBase table;
-  table.OpenMode(dBase::kReadWrite);
-  table.OpenFile(path);
-  Variant values = MakeArray({{"a"}, {"b"}});
-  try {
-    table.PutTableValues(values);
-    FAIL() << "no error";
-  } catch (const RuntimeError& error) {
-    EXPECT_EQ(error.Code(), RuntimeErrorCode::kSubscriptOutOfRange);
-  }
-}
-
-TEST(PutTableValuesTest, ArraysOfArraysHitTheMissingSecondDimensionInBatchMode) {
+TEST(PutTableValuesTest, ArraysOfTheWrongShapeAreRefused) {
   TempDir dir;
   std::string path = dir.File("t.zpd");
   testing::CreateTable(path, {{"K", "C", 2}, {"V", "C", 2}}, {});
   dBase table;
   table.OpenMode(dBase::kReadWrite);
   table.OpenFile(path);
+  Variant two_dimensional = MakeArray({{"a"}, {"b"}});  // rows are read with one subscript
+  try {
+    table.PutTableValues(two_dimensional);
+    FAIL() << "no error";
+  } catch (const RuntimeError& error) {
+    EXPECT_EQ(error.Code(), RuntimeErrorCode::kSubscriptOutOfRange);
+  }
 
+  // Arrays of arrays hit the missing second dimension in batch mode.
   VariantArray outer({1, 2});
   outer.At(1) = Variant(VariantArray({1, 3}));
   outer.At(2) = Variant(VariantArray({1, 1}));
