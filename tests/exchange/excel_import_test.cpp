@@ -1,6 +1,7 @@
 #include "zephyr/excel/excel_import.h"
 
 #include <gtest/gtest.h>
+#include <xlsxwriter.h>
 
 #include <filesystem>
 
@@ -255,6 +256,28 @@ TEST_F(ExcelImportTest, AnUnreadableWorkbookIsNamedWithItsReason) {
                          "a Workbook before continuing.\r\n"));
   EXPECT_NE(prompt.find("absent.xlsx"), std::string::npos);
   EXPECT_EQ(messages_.shown[0].buttons, MessageButtons::kOk);
+}
+
+TEST_F(ExcelImportTest, HiddenRowsAreSkippedAndErrorValuesReadAsEmptyText) {
+  std::string path = dir_.File("sheet.xlsx");
+  lxw_workbook* book = workbook_new(path.c_str());
+  lxw_worksheet* sheet = workbook_add_worksheet(book, "Data");
+  const char* rows[][3] = {
+      {"Key", "Item", "Note"}, {"01", "Apples", ""}, {"02", "Hidden", "x"}, {"03", "Pears", "y"}};
+  for (lxw_row_t r = 0; r < 4; ++r) {
+    for (lxw_col_t c = 0; c < 3; ++c) worksheet_write_string(sheet, r, c, rows[r][c], nullptr);
+  }
+  worksheet_write_formula_str(sheet, 1, 2, "=NA()", nullptr, "#N/A");
+  lxw_row_col_options hidden = {1, 0, 0};
+  worksheet_set_row_opt(sheet, 2, LXW_DEF_ROW_HEIGHT, nullptr, &hidden);
+  ASSERT_EQ(workbook_close(book), LXW_NO_ERROR);
+
+  messages_.answers = {MessageAnswer::kNo};
+  ASSERT_EQ(Import(path), ImportOutcome::kImported);
+  auto items = popup_->PopupItems();
+  ASSERT_EQ(items->Count(), 2);
+  EXPECT_EQ(items->Item(1)->PopupValues()->Item(2)->Value(), "");  // #N/A
+  EXPECT_EQ(items->Item(2)->PopupValues()->Item(1)->Value(), "Pears");
 }
 
 }  // namespace
