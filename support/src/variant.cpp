@@ -104,15 +104,6 @@ int32_t Variant::ToInt32() const {
   return ToInt32Checked(ToDouble());
 }
 
-bool Variant::ToBool() const {
-  if (IsText()) {
-    const std::string& text = Text();
-    if (text == "True" || text == "true" || text == "TRUE") return true;
-    if (text == "False" || text == "false" || text == "FALSE") return false;
-  }
-  return ToDouble() != 0;
-}
-
 std::shared_ptr<Object> Variant::AsObject() const {
   if (const auto* object = std::get_if<std::shared_ptr<Object>>(&value_)) return *object;
   return nullptr;

@@ -9,13 +9,11 @@
 namespace zephyr {
 
 enum class MessageButtons { kOk, kOkHelp, kYesNoCancel, kYesNo, kOkCancel };
-enum class MessageIcon { kNone, kInformation, kExclamation, kCritical, kQuestion };
 enum class MessageAnswer { kOk, kCancel, kYes, kNo, kHelp };
 
 struct Message {
   std::string prompt;
   MessageButtons buttons = MessageButtons::kOk;
-  MessageIcon icon = MessageIcon::kNone;
   // Empty for the default title, the application's name.
   std::string title;
   // The help file and topic a Help button opens, if any.

@@ -37,9 +37,6 @@ class NoProgress : public Progress {
   void SetValue(int32_t) override {}
 };
 
-// The shared instance of NoProgress.
-Progress& NoProgressIndicator();
-
 }  // namespace zephyr
 
 #endif  // ZEPHYR_SUPPORT_PROGRESS_H_

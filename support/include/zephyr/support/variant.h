@@ -60,7 +60,6 @@ class Variant {
   int16_t ToInt16() const;
   int32_t ToInt32() const;
   double ToDouble() const;
-  bool ToBool() const;
 
   // The held text; precondition: IsText().
   const std::string& Text() const { return std::get<std::string>(value_); }
