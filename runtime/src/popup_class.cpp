@@ -1,15 +1,12 @@
 #include "zephyr/runtime/popup_class.h"
 
+#include "log_module.h"
 #include "zephyr/support/debug_log.h"
 #include "zephyr/support/errors.h"
 #include "zephyr/support/text.h"
 #include "zephyr/table/dbase.h"
 
 namespace zephyr {
-
-namespace {
-constexpr const char* kModule = "PopupClass";
-}  // namespace
 
 PopupClass::PopupClass()
     : progress_(std::make_shared<NoProgress>()),
@@ -23,7 +20,7 @@ PopupClass::~PopupClass() {
   fields_.reset();
   items_.reset();
   ClosePopup();
-  DebugLog(kModule, "Class Terminate", "Popup Class Terminated");
+  DebugLog(kPopupClassModule, "Class Terminate", "Popup Class Terminated");
 }
 
 Variant PopupClass::Values(int32_t Col, int32_t Row) const {
@@ -73,7 +70,7 @@ void PopupClass::DataSource(std::string name) {
   data_source_ = std::move(name);
   data_file_name_ = data_source_ + ".ZPD";
   template_file_name_ = data_source_ + ".ZPT";
-  DebugLog(kModule, "Let DataSource", "Datasource set to: " + data_source_);
+  DebugLog(kPopupClassModule, "Let DataSource", "Datasource set to: " + data_source_);
 }
 
 void PopupClass::SetSelectedItem(std::string_view Key) {

@@ -1,4 +1,5 @@
 // The read path: opening a popup and turning its table into the item tree.
+#include "log_module.h"
 #include "tree_loader.h"
 #include "zephyr/runtime/popup_class.h"
 #include "zephyr/support/debug_log.h"
@@ -9,7 +10,6 @@ namespace zephyr {
 
 namespace {
 
-constexpr const char* kModule = "PopupClass";
 constexpr const char* kReadingMessage = "Reading Popup Data.. this may take a few minutes";
 
 // Unloads the progress indicator however the load ends.
@@ -27,7 +27,7 @@ class ShownProgress {
 }  // namespace
 
 void PopupClass::OpenPopup(std::string_view Source) {
-  DebugLog(kModule, "OpenPopup", "Start");
+  DebugLog(kPopupClassModule, "OpenPopup", "Start");
   if (!Source.empty()) data_file_name_ = std::string(Source);
   template_file_name_ = ResolveCaseVariant(popup_path_, data_source_ + ".ZPT");
   LoadTemplate();
@@ -36,7 +36,7 @@ void PopupClass::OpenPopup(std::string_view Source) {
   table_ = std::make_unique<dBase>();
   try {
     if (PathExists(popup_path_ + data_file_name_)) {
-      DebugLog(kModule, "OpenPopup", "PopupFound- Opening DB");
+      DebugLog(kPopupClassModule, "OpenPopup", "PopupFound- Opening DB");
       items_ = std::make_shared<zephyr::PopupItems>();
       LoadTopLevel();
     }
@@ -51,7 +51,7 @@ void PopupClass::LoadTopLevel() {
   Progress& progress = *progress_;
   ShownProgress shown(progress);
   if (!table_) return;
-  DebugLog(kModule, "LoadTopLevel", "Start");
+  DebugLog(kPopupClassModule, "LoadTopLevel", "Start");
   progress.Show();
   progress.SetMessage(kReadingMessage);
   progress.SetValue(0);
@@ -59,16 +59,16 @@ void PopupClass::LoadTopLevel() {
   progress.SetMinimum(0);
 
   std::string path = popup_path_ + data_file_name_;
-  DebugLog(kModule, "LoadTopLevel", "Opening: " + path);
+  DebugLog(kPopupClassModule, "LoadTopLevel", "Opening: " + path);
   table_->OpenFile(path);
-  DebugLog(kModule, "LoadTopLevel", "GetTableValues");
+  DebugLog(kPopupClassModule, "LoadTopLevel", "GetTableValues");
   table_values_ = table_->GetTableValues();
-  DebugLog(kModule, "LoadTopLevel", "SortTableValues");
+  DebugLog(kPopupClassModule, "LoadTopLevel", "SortTableValues");
   if (RowCount() > 0) table_->SortTableValues(table_values_, 1, false);
-  DebugLog(kModule, "LoadTopLevel", "RecordCount: " + table_->RecordCount().ToText());
+  DebugLog(kPopupClassModule, "LoadTopLevel", "RecordCount: " + table_->RecordCount().ToText());
   progress.SetMaximum(RowCount() < 1 ? 1 : RowCount());
 
-  DebugLog(kModule, "LoadTopLevel", "Begin Loop");
+  DebugLog(kPopupClassModule, "LoadTopLevel", "Begin Loop");
   if (RowCount() > 0) {
     auto levels = PopupLevels();
     items_->Question(levels->Item(1)->Question().ToText());
@@ -81,7 +81,7 @@ void PopupClass::ClosePopup() {
   if (!table_) return;
   table_->CloseFile();
   table_.reset();
-  DebugLog(kModule, "ClosePopup", "Popup Closed");
+  DebugLog(kPopupClassModule, "ClosePopup", "Popup Closed");
 }
 
 }  // namespace zephyr

@@ -3,6 +3,7 @@
 #include <stdio.h>
 #include <unistd.h>
 
+#include "log_module.h"
 #include "zephyr/runtime/item_access.h"
 #include "zephyr/runtime/popup_class.h"
 #include "zephyr/support/debug_log.h"
@@ -14,8 +15,6 @@
 namespace zephyr {
 
 namespace {
-
-constexpr const char* kModule = "PopupClass";
 
 // The name with its last three characters (the extension) replaced.
 std::string WithExtension(const std::string& name, const char* extension) {
@@ -50,13 +49,13 @@ std::string PopupClass::TemplateWorkFileName() const {
 }
 
 void PopupClass::SavePopup() {
-  DebugLog(kModule, "SavePopup", "Start");
+  DebugLog(kPopupClassModule, "SavePopup", "Start");
   std::string folder = WithTrailingSlash(popup_path_);
   try {
     table_ = std::make_unique<dBase>();
     work_file_name_ = WithExtension(data_file_name_, "bpd");
     if (PathExists(folder + work_file_name_)) ::unlink((folder + work_file_name_).c_str());
-    DebugLog(kModule, "SavePopup", "mstrPopupPath = " + popup_path_);
+    DebugLog(kPopupClassModule, "SavePopup", "mstrPopupPath = " + popup_path_);
     auto columns = table_->Fields();
     columns->Add("POPUP_CODE", "C", 2 * PopupLevels()->Count(), 0, 0);
     auto fields = PopupFields();
@@ -87,7 +86,7 @@ void PopupClass::WritePopupRecord(const std::shared_ptr<PopupItem>& Item) {
 }
 
 void PopupClass::SaveClose() {
-  DebugLog(kModule, "SaveClose", "Start");
+  DebugLog(kPopupClassModule, "SaveClose", "Start");
   if (table_ && table_->FileExists()) table_->CloseFile();
   table_.reset();
   std::string folder = WithTrailingSlash(popup_path_);

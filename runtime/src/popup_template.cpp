@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "log_module.h"
 #include "zephyr/runtime/popup_class.h"
 #include "zephyr/support/codepage.h"
 #include "zephyr/support/debug_log.h"
@@ -18,7 +19,6 @@ namespace zephyr {
 
 namespace {
 
-constexpr const char* kModule = "PopupClass";
 constexpr const char* kLineEnd = "\r\n";
 
 // The lines of a template and their elements, raising errors that name the
@@ -76,7 +76,7 @@ std::string Quoted(const std::string& text) {
 }  // namespace
 
 void PopupClass::LoadTemplate() {
-  DebugLog(kModule, "Load_Template", "Start");
+  DebugLog(kPopupClassModule, "Load_Template", "Start");
   fields_ = std::make_shared<zephyr::PopupFields>();
   levels_ = std::make_shared<zephyr::PopupLevels>();
   std::string path = WithTrailingSlash(popup_path_) + template_file_name_;
@@ -105,19 +105,19 @@ void PopupClass::LoadTemplate() {
     int16_t start = reader.Number(line, 1);
     fields_->Add(std::move(name), length, static_cast<int16_t>(i), start);
   }
-  DebugLog(kModule, "Load_Template", "Finish");
+  DebugLog(kPopupClassModule, "Load_Template", "Finish");
 }
 
 void PopupClass::WriteTemplate() {
-  DebugLog(kModule, "WriteTemplate", "Start");
+  DebugLog(kPopupClassModule, "WriteTemplate", "Start");
   std::string path = WithTrailingSlash(popup_path_) + TemplateWorkFileName();
-  DebugLog(kModule, "WriteTemplate", "Filename Sorted out");
+  DebugLog(kPopupClassModule, "WriteTemplate", "Filename Sorted out");
   if (PathExists(path)) ::unlink(path.c_str());
-  DebugLog(kModule, "WriteTemplate", "If file found delete");
+  DebugLog(kPopupClassModule, "WriteTemplate", "If file found delete");
   int error_number = 0;
   File file = File::TryOpen(path, File::Mode::kCreate, &error_number);
   if (!file.IsOpen()) return;
-  DebugLog(kModule, "WriteTemplate", "Create File Success");
+  DebugLog(kPopupClassModule, "WriteTemplate", "Create File Success");
 
   auto levels = PopupLevels();
   auto fields = PopupFields();
@@ -132,14 +132,14 @@ void PopupClass::WriteTemplate() {
             Quoted(field->Name()) + kLineEnd;
     start += field->FieldLength();
   }
-  DebugLog(kModule, "WriteTemplate", "Write String Completed");
+  DebugLog(kPopupClassModule, "WriteTemplate", "Write String Completed");
 
   std::string bytes = ToCodePage(text);
   file.WriteAt(0, bytes.data(), bytes.size());
   file.Sync();
-  DebugLog(kModule, "WriteTemplate", "Write Successful");
+  DebugLog(kPopupClassModule, "WriteTemplate", "Write Successful");
   file.Close();
-  DebugLog(kModule, "WriteTemplate", "Finish");
+  DebugLog(kPopupClassModule, "WriteTemplate", "Finish");
 }
 
 }  // namespace zephyr
