@@ -234,14 +234,16 @@ int New(const Arguments& args) {
   PopupClass popup;
   name.Apply(popup);
   popup.Title(title);
-  popup.Levels(static_cast<int16_t>(levels.size()));
-  int32_t number = 1;
-  for (const auto& question : levels) popup.PopupLevels()->Add(Variant(question), number++);
-  popup.PopupFields()->Add("Popup Code", static_cast<int16_t>(2 * levels.size()), 0, 0);
+  std::vector<PopupClass::LevelSpec> level_specs;
+  int16_t number = 1;
+  for (const auto& question : levels) level_specs.push_back({Variant(question), number++});
+  popup.ReplaceLevels(level_specs);
+  std::vector<PopupClass::FieldSpec> field_specs;
   number = 1;
   for (const auto& [field_name, length] : fields) {
-    popup.PopupFields()->Add(field_name, length, static_cast<int16_t>(number++), 0);
+    field_specs.push_back({field_name, length, 0, number++});
   }
+  popup.ReplaceFields(field_specs);
   popup.WriteTemplate();
   popup.SavePopup();
   popup.SaveClose();

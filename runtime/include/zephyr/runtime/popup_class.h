@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "zephyr/runtime/popup_fields.h"
 #include "zephyr/runtime/popup_item.h"
@@ -118,6 +119,41 @@ class PopupClass : public Object {
   // from the tree under `items`. Level 1 removes nothing.
   void DeleteLevel(int16_t LeveltoDelete, const std::shared_ptr<zephyr::PopupItems>& items);
 
+  // Design edits. Each keeps Levels(), PopupLevels() and the key field
+  // (field 1, "Popup Code", 2 x Levels() wide) in step.
+  struct LevelSpec {
+    Variant question;
+    int16_t initial_index = 0;
+  };
+  struct FieldSpec {
+    std::string name;
+    int16_t length = 0;
+    int16_t start_char_pos = 0;
+    int16_t initial_index = 0;
+  };
+  // Replaces the levels by `levels`, in their order.
+  void ReplaceLevels(const std::vector<LevelSpec>& levels);
+  // Removes the last (deepest) level; nothing when there is none. The items
+  // are left alone: DeleteLevel and FormatKeysToLevels adjust them.
+  void RemoveLastLevel();
+  // Replaces the fields by the key field followed by `companions`.
+  void ReplaceFields(const std::vector<FieldSpec>& companions);
+
+  // Tree edits that keep every item's parent, level and key in step.
+  //
+  // The sibling list an item belongs to: the top-level items for level 1,
+  // else its parent's children.
+  std::shared_ptr<zephyr::PopupItems> SiblingsOf(const PopupItem& item);
+  // Adds an item under `key` to the children of `parent` (the top level when
+  // parent is null), with the given values and LoadedKey = key. A key already
+  // used among those siblings raises duplicate key (457) and adds nothing.
+  std::shared_ptr<PopupItem> AddItem(const std::shared_ptr<PopupItem>& parent,
+                                     const std::string& key,
+                                     const std::vector<std::string>& values);
+  // Removes the item, and so its branch, from its sibling list. False when it
+  // is not in the list it should be in.
+  bool RemoveItem(const std::shared_ptr<PopupItem>& item);
+
   // The names of the popup's files, as derived from DataSource.
   const std::string& DataFileName() const { return data_file_name_; }
   const std::string& WorkFileName() const { return work_file_name_; }
@@ -125,6 +161,8 @@ class PopupClass : public Object {
 
  private:
   void LoadTopLevel();
+  // Levels() := the number of levels, and the key field's width to match.
+  void SyncLevelCount();
   std::string TemplateWorkFileName() const;
 
   std::string popup_path_;
@@ -145,6 +183,16 @@ class PopupClass : public Object {
   std::shared_ptr<Progress> progress_;
   std::shared_ptr<MessageBox> message_box_;
 };
+
+// Re-formats the keys of the items and all their descendants to a popup of
+// `levels` levels: a shorter key gets blanks before its own code, a longer
+// one loses the codes before its own ("0102" -> "01  02" from 2 to 3 levels,
+// "010203" -> "0103" from 3 to 2).
+void FormatKeysToLevels(PopupItems& items, int levels);
+
+// Rebuilds every item's values in a new field order: new value k is old value
+// map[k - 1], or empty when map[k - 1] is 0 (a new field).
+void ReorderValues(PopupItems& items, const std::vector<int16_t>& map);
 
 // Saves the whole popup with the usual sequence: WriteTemplate, SavePopup,
 // one WritePopupRecord per item in tree order (each item before its

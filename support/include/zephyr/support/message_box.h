@@ -10,12 +10,16 @@ namespace zephyr {
 
 enum class MessageButtons { kOk, kOkHelp, kYesNoCancel, kYesNo, kOkCancel };
 enum class MessageAnswer { kOk, kCancel, kYes, kNo, kHelp };
+enum class MessageIcon { kNone, kCritical, kQuestion, kExclamation, kInformation };
 
 struct Message {
   std::string prompt;
   MessageButtons buttons = MessageButtons::kOk;
   // Empty for the default title, the application's name.
   std::string title;
+  MessageIcon icon = MessageIcon::kNone;
+  // The 1-based button that Enter presses (2 is No in Yes/No).
+  int default_button = 1;
   // The help file and topic a Help button opens, if any.
   std::string help_file;
   int help_context = 0;
