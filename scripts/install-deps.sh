@@ -10,6 +10,9 @@ packages=(
   clang libclang-rt-14-dev
   python3 python3-dbfread gdal-bin libshp-dev
   libzip-dev libexpat1-dev libxlsxwriter-dev python3-openpyxl python3-xlsxwriter
+  # The editor: Qt 6 (Qt's CMake package looks for OpenGL), the platform
+  # plugins, a font for offscreen rendering and pdftotext for printed output.
+  qt6-base-dev qt6-qpa-plugins libgl-dev fonts-dejavu-core poppler-utils
 )
 
 sudo_cmd=()

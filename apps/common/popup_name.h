@@ -1,8 +1,8 @@
 // How the command line names a popup: folder and base name
 // ("examples/Products"), or a path to either of its files in any letter case
 // ("examples/Products.ZPT", "examples/products.zpd").
-#ifndef ZEPHYR_APPS_ZPOPUP_POPUP_NAME_H_
-#define ZEPHYR_APPS_ZPOPUP_POPUP_NAME_H_
+#ifndef ZEPHYR_APPS_COMMON_POPUP_NAME_H_
+#define ZEPHYR_APPS_COMMON_POPUP_NAME_H_
 
 #include <string>
 
@@ -24,4 +24,4 @@ struct PopupName {
 
 }  // namespace zephyr::cli
 
-#endif  // ZEPHYR_APPS_ZPOPUP_POPUP_NAME_H_
+#endif  // ZEPHYR_APPS_COMMON_POPUP_NAME_H_

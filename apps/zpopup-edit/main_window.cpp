@@ -1,0 +1,167 @@
+#include "main_window.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QSettings>
+
+#include "popup_name.h"
+#include "zephyr/support/errors.h"
+
+namespace zephyr::apps {
+
+namespace {
+
+constexpr int kMaxRecent = 8;
+
+QString ToQString(const std::string& text) {
+  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+}  // namespace
+
+MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
+  setObjectName(QStringLiteral("ZephyrPopupEditor"));
+  setCentralWidget(editor_);
+
+  QMenu* file = menuBar()->addMenu(tr("&File"));
+  file->addAction(tr("&New"), QKeySequence::New, this, [this]() { NewPopup(); });
+  file->addAction(tr("&Open..."), QKeySequence::Open, this, [this]() { OpenDialog(); });
+  recent_menu_ = file->addMenu(tr("Open &Recent"));
+  file->addSeparator();
+  file->addAction(tr("&Save"), QKeySequence::Save, this, [this]() { Save(false); });
+  file->addAction(tr("Save &As..."), QKeySequence::SaveAs, this, [this]() { Save(true); });
+  file->addSeparator();
+  file->addAction(tr("&Quit"), QKeySequence::Quit, this, [this]() { close(); });
+  QMenu* view = menuBar()->addMenu(tr("&View"));
+  view->addAction(tr("&Design"), QKeySequence(tr("Ctrl+1")), this,
+                  [this]() { editor_->ShowView(false); });
+  view->addAction(tr("D&ata"), QKeySequence(tr("Ctrl+2")), this,
+                  [this]() { editor_->ShowView(true); });
+
+  QSettings settings;
+  restoreGeometry(settings.value("window/geometry").toByteArray());
+  recent_ = settings.value("recentFiles").toStringList();
+  editor::PropertyBag bag;
+  if (settings.contains(editor::kEditBackColorProperty)) {
+    bag.WriteProperty(editor::kEditBackColorProperty,
+                      Variant(settings.value(editor::kEditBackColorProperty).toInt()), Variant());
+  }
+  editor_->ReadProperties(bag);
+  RebuildRecentMenu();
+
+  connect(editor_, &editor::PopupControlEdit::DataChangedChanged, this,
+          [this]() { UpdateTitle(); });
+  UpdateTitle();
+}
+
+bool MainWindow::OpenNamed(const QString& name) {
+  cli::PopupName popup = cli::PopupName::Parse(name.toStdString());
+  try {
+    if (!popup.Exists()) {
+      throw RuntimeError(RuntimeErrorCode::kFileNotFound,
+                         "no popup '" + popup.Display() + "' (its .ZPT file is missing)");
+    }
+    editor_->SourceFile("");
+    editor_->OpenPopup(popup.folder.empty() ? "./" : popup.folder, popup.base);
+  } catch (const Error& error) {
+    QMessageBox::critical(this, tr("Open Popup"), ToQString(error.Description()));
+    UpdateTitle();
+    return false;
+  }
+  RememberRecent(QFileInfo(name).absoluteFilePath());
+  UpdateTitle();
+  return true;
+}
+
+void MainWindow::NewPopup() {
+  if (!MaySetAside()) return;
+  editor_->SourceFile("");
+  editor_->OpenPopup("", "");
+  UpdateTitle();
+}
+
+void MainWindow::OpenDialog() {
+  if (!MaySetAside()) return;
+  QString start = recent_.isEmpty() ? QString() : QFileInfo(recent_.first()).path();
+  QString path = QFileDialog::getOpenFileName(this, tr("Open Popup"), start,
+                                              tr("Zephyr Popup File (*.zpt *.ZPT)"));
+  if (!path.isEmpty()) OpenNamed(path);
+}
+
+void MainWindow::Save(bool save_as) {
+  try {
+    editor_->SaveChanges(save_as);
+  } catch (const Error& error) {
+    QMessageBox::critical(this, tr("Save Popup"), ToQString(error.Description()));
+  }
+  if (!editor_->DataChanged() && !editor_->Popup()->DataSource().empty()) {
+    RememberRecent(ToQString(editor_->Popup()->PopupPath() + editor_->Popup()->DataSource()));
+  }
+  UpdateTitle();
+}
+
+bool MainWindow::MaySetAside() {
+  if (!editor_->DataChanged()) return true;
+  auto answer = QMessageBox::warning(
+      this, tr("Unsaved Changes"), tr("The popup has unsaved changes. Save them first?"),
+      QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
+  if (answer == QMessageBox::Cancel) return false;
+  if (answer == QMessageBox::Save) {
+    Save(false);
+    return !editor_->DataChanged();
+  }
+  return true;
+}
+
+void MainWindow::UpdateTitle() {
+  std::string source = editor_->Popup()->DataSource();
+  QString name = source.empty() ? tr("New Popup") : ToQString(source);
+  setWindowTitle(name + QStringLiteral("[*] - ") + tr("ZephyrPopup Editor"));
+  setWindowModified(editor_->DataChanged());
+}
+
+void MainWindow::RememberRecent(const QString& path) {
+  recent_.removeAll(path);
+  recent_.prepend(path);
+  while (recent_.size() > kMaxRecent) recent_.removeLast();
+  RebuildRecentMenu();
+}
+
+void MainWindow::RebuildRecentMenu() {
+  recent_menu_->clear();
+  for (const QString& path : recent_) {
+    recent_menu_->addAction(path, this, [this, path]() {
+      if (MaySetAside()) OpenNamed(path);
+    });
+  }
+  recent_menu_->setEnabled(!recent_.isEmpty());
+}
+
+void MainWindow::SaveSettings() {
+  QSettings settings;
+  settings.setValue("window/geometry", saveGeometry());
+  settings.setValue("recentFiles", recent_);
+  editor::PropertyBag bag;
+  editor_->WriteProperties(bag);
+  if (bag.Contains(editor::kEditBackColorProperty)) {
+    settings.setValue(editor::kEditBackColorProperty,
+                      bag.ReadProperty(editor::kEditBackColorProperty, Variant()).ToInt32());
+  } else {
+    settings.remove(editor::kEditBackColorProperty);
+  }
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  if (!MaySetAside()) {
+    event->ignore();
+    return;
+  }
+  SaveSettings();
+  event->accept();
+}
+
+}  // namespace zephyr::apps

@@ -1,0 +1,48 @@
+// The editor's main window: the editor widget with File and View menus, the
+// popup's name and a modified mark in the title, recent files, and window
+// geometry and the widget's persisted property kept in the settings.
+#ifndef ZEPHYR_APPS_ZPOPUP_EDIT_MAIN_WINDOW_H_
+#define ZEPHYR_APPS_ZPOPUP_EDIT_MAIN_WINDOW_H_
+
+#include <QMainWindow>
+#include <QStringList>
+
+#include "zephyr/editor/popup_control_edit.h"
+
+class QMenu;
+
+namespace zephyr::apps {
+
+class MainWindow : public QMainWindow {
+  Q_OBJECT
+
+ public:
+  MainWindow();
+
+  editor::PopupControlEdit* Editor() const { return editor_; }
+  // Opens the popup named as on the command line (folder and base name, or
+  // a path to either of its files). False, after telling the user, on failure.
+  bool OpenNamed(const QString& name);
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  void NewPopup();
+  void OpenDialog();
+  void Save(bool save_as);
+  // Asks to save unsaved changes: true when the caller may go on.
+  bool MaySetAside();
+  void UpdateTitle();
+  void RememberRecent(const QString& path);
+  void RebuildRecentMenu();
+  void SaveSettings();
+
+  editor::PopupControlEdit* editor_;
+  QMenu* recent_menu_;
+  QStringList recent_;
+};
+
+}  // namespace zephyr::apps
+
+#endif  // ZEPHYR_APPS_ZPOPUP_EDIT_MAIN_WINDOW_H_

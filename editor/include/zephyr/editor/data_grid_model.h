@@ -1,0 +1,87 @@
+// DataGridModel: the data view's outline of a popup. The single top-level
+// row is the title row; under it stand the items, each row a GridNode that
+// holds only the item's identity and its place in the grid's own order (the
+// order Sort_Tree gives and saving follows). Cell texts come from the items
+// themselves, looked up by identity, so a node whose item is gone shows
+// nothing and yields no item.
+//
+// Column c is the popup's field c + 1: column 0 shows an item's own two-digit
+// code, column c >= 1 its value c. Qt::UserRole on column 0 answers the row
+// data: the item's identity, 0 for the title row.
+#ifndef ZEPHYR_EDITOR_DATA_GRID_MODEL_H_
+#define ZEPHYR_EDITOR_DATA_GRID_MODEL_H_
+
+#include <QAbstractItemModel>
+#include <cstdint>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include "zephyr/runtime/popup_class.h"
+
+namespace zephyr::editor {
+
+// One row of the outline.
+struct GridNode {
+  int32_t identity = 0;  // 0 for the title row
+  GridNode* parent = nullptr;
+  int row = 0;  // position among the parent's children
+  std::vector<std::unique_ptr<GridNode>> children;
+};
+
+class DataGridModel : public QAbstractItemModel {
+  Q_OBJECT
+
+ public:
+  explicit DataGridModel(QObject* parent = nullptr);
+  ~DataGridModel() override;
+
+  // Rebuilds the outline from the popup: headings from its fields, the title
+  // row, then every item depth first in collection order. No sorting.
+  void Load(std::shared_ptr<PopupClass> popup);
+  // Orders the children of every node by the text of column 0.
+  void SortTree();
+  // Orders the children of one node by the text of column 0.
+  void SortChildren(const QModelIndex& parent);
+
+  // Adds a row for an item as the last child of a row; Sort_Tree or
+  // SortChildren then puts it in its place.
+  QModelIndex AppendRow(const QModelIndex& parent, int32_t identity);
+  // Removes a row and the rows of its whole branch.
+  void RemoveRow(const QModelIndex& index);
+
+  QModelIndex TitleIndex() const;
+  // The row of an item, or an invalid index when it has none.
+  QModelIndex IndexOfIdentity(int32_t identity) const;
+  // The row's item, or null for the title row, a stale row or an invalid index.
+  std::shared_ptr<PopupItem> ItemAt(const QModelIndex& index) const;
+  // The row data of every row after the title row, top to bottom.
+  std::vector<int32_t> IdentitiesInGridOrder() const;
+
+  int rowCount(const QModelIndex& parent = {}) const override;
+  int columnCount(const QModelIndex& parent = {}) const override;
+  QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
+  QModelIndex parent(const QModelIndex& index) const override;
+  QVariant data(const QModelIndex& index, int role) const override;
+  QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+  Qt::ItemFlags flags(const QModelIndex& index) const override;
+
+ private:
+  // Internal ids: the item's identity, and kTitleId for the title row.
+  static constexpr quintptr kTitleId = 0;
+
+  GridNode* NodeOf(const QModelIndex& index) const;
+  GridNode* NodeOfId(quintptr id) const;
+  void AddItems(GridNode& parent, PopupItems& items);
+  void SortNode(GridNode& node);
+  void Forget(const GridNode& node);
+
+  std::shared_ptr<PopupClass> popup_;
+  std::vector<QString> headings_;
+  std::unique_ptr<GridNode> title_;
+  std::unordered_map<int32_t, GridNode*> nodes_;
+};
+
+}  // namespace zephyr::editor
+
+#endif  // ZEPHYR_EDITOR_DATA_GRID_MODEL_H_

@@ -1,0 +1,131 @@
+// PopupControlEdit: the embeddable popup editor. A host places it on a form
+// and calls OpenPopup; the user edits the title, question levels and fields
+// in the design view (tab 1) and the item tree in the data view (tab 2), and
+// the host saves with SaveChanges.
+//
+// The widget works on one current PopupClass, replaced by every OpenPopup.
+// Everything it tells or asks the user goes through the MessageBox,
+// FileDialog and Progress interfaces, which a host or a test may replace;
+// by default they are the desktop's dialogs and the progress form.
+//
+// Members keep the component's names: properties read with `Name()` and
+// write with `Name(value)`. Child controls carry their component names as
+// object names (txtTitle, grdLevels, DataGrid, cmdAdd1, ...).
+#ifndef ZEPHYR_EDITOR_POPUP_CONTROL_EDIT_H_
+#define ZEPHYR_EDITOR_POPUP_CONTROL_EDIT_H_
+
+#include <QWidget>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "zephyr/editor/new_key_prompt.h"
+#include "zephyr/editor/property_bag.h"
+#include "zephyr/runtime/popup_class.h"
+#include "zephyr/support/clipboard.h"
+#include "zephyr/support/file_dialog.h"
+#include "zephyr/support/message_box.h"
+#include "zephyr/support/progress.h"
+
+namespace zephyr::editor {
+
+// The colour an editor starts with: the system colour of button faces.
+inline constexpr uint32_t kDefaultEditBackColor = 0x8000000F;
+// The property-bag key of EditBackColor.
+inline constexpr const char* kEditBackColorProperty = "EditBackColor";
+
+class EditorState;
+
+class PopupControlEdit : public QWidget {
+  Q_OBJECT
+  // A colour in the component's encoding: 0x00BBGGRR, or 0x80000000 plus a
+  // system colour index.
+  Q_PROPERTY(uint EditBackColor READ EditBackColor WRITE EditBackColor)
+
+ public:
+  explicit PopupControlEdit(QWidget* parent = nullptr);
+  ~PopupControlEdit() override;
+
+  // True once the user changed the title, design or data; cleared only by a
+  // completed SaveChanges.
+  bool DataChanged() const;
+  // True while the data view is the current view; writing only stores it.
+  bool DataMode() const;
+  void DataMode(bool value);
+  // The current popup's title.
+  std::string PopupTitle() const;
+  // The folder and the file name of the popup being edited.
+  const std::string& SourcePath() const;
+  void SourcePath(std::string value);
+  const std::string& SourceFile() const;
+  void SourceFile(std::string value);
+
+  // Fills and shows the design view (raising BeforeDesignMode first).
+  void LoadDesignMode();
+  // Shows and fills the data view (raising BeforeDataMode first).
+  void LoadDataMode();
+  // Opens a popup into the editor: path is its folder, file its base name.
+  // Empty arguments keep the stored SourcePath / SourceFile; with no file the
+  // editor starts a new popup in the design view. Errors of the popup's own
+  // OpenPopup propagate.
+  void OpenPopup(const std::string& path, const std::string& file);
+  // Switches to the design view (false) or the data view (true) as a click
+  // on its tab would: leaving the design view validates and saves the design
+  // first, and a design that fails keeps the design view. True when the
+  // requested view is showing afterwards.
+  bool ShowView(bool DataView);
+  // Orders every node's children in the data view by their two-digit code.
+  void Sort_Tree();
+
+  // Saves the popup, asking for a file name when it has none or SaveAs is set.
+  void SaveChanges(bool SaveAs);
+  // Carries the edited levels and fields of the design view into the popup.
+  void SaveDesign();
+  // Carries the edited field list into the popup and every item's values.
+  void ChangeFields();
+  // Re-formats the keys of the items and their descendants to the popup's
+  // current level count.
+  void LevelChangeKeyFormat(const std::shared_ptr<PopupItems>& Popupitems);
+  // Writes the popup's template, table and records in data-view order.
+  void SaveData();
+  // Checks the design (title, levels, fields); the first failing rule is told
+  // to the user and its row made current.
+  bool Validate();
+
+  uint EditBackColor() const;
+  void EditBackColor(uint color);
+
+  // Adds a child / sibling of the current data-view item.
+  void AddChild();
+  void AddSibling();
+
+  // The persisted property "EditBackColor".
+  void ReadProperties(const PropertyBag& bag);
+  void WriteProperties(PropertyBag& bag) const;
+
+  // The popup being edited (never null).
+  std::shared_ptr<PopupClass> Popup() const;
+
+  // Replace how the user is told and asked; null restores the default.
+  void SetMessageBox(std::shared_ptr<MessageBox> message_box);
+  void SetFileDialog(std::shared_ptr<FileDialog> file_dialog);
+  void SetProgress(std::shared_ptr<Progress> progress);
+  void SetClipboard(std::shared_ptr<Clipboard> clipboard);
+  void SetNewKeyPrompt(std::shared_ptr<NewKeyPrompt> prompt);
+
+ signals:
+  void BeforeDataMode();
+  void BeforeDesignMode();
+  // DataChanged became true, or false after a save.
+  void DataChangedChanged(bool changed);
+
+ protected:
+  void resizeEvent(QResizeEvent* event) override;
+
+ private:
+  std::unique_ptr<EditorState> state_;
+};
+
+}  // namespace zephyr::editor
+
+#endif  // ZEPHYR_EDITOR_POPUP_CONTROL_EDIT_H_

@@ -1,0 +1,268 @@
+#include "zephyr/editor/data_grid_model.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "zephyr/editor/design_list_models.h"
+
+namespace zephyr::editor {
+
+namespace {
+
+std::string OwnCode(const std::string& key) {
+  return key.size() >= 2 ? key.substr(key.size() - 2) : key;
+}
+
+void Renumber(GridNode& node) {
+  int row = 0;
+  for (auto& child : node.children) child->row = row++;
+}
+
+}  // namespace
+
+DataGridModel::DataGridModel(QObject* parent) : QAbstractItemModel(parent) {}
+
+DataGridModel::~DataGridModel() = default;
+
+void DataGridModel::Load(std::shared_ptr<PopupClass> popup) {
+  beginResetModel();
+  popup_ = std::move(popup);
+  headings_.clear();
+  for (const auto& field : *popup_->PopupFields()) headings_.push_back(ToQString(field->Name()));
+  nodes_.clear();
+  title_ = std::make_unique<GridNode>();
+  AddItems(*title_, *popup_->PopupItems());
+  endResetModel();
+}
+
+void DataGridModel::AddItems(GridNode& parent, PopupItems& items) {
+  // Depth first with an explicit stack: a deep popup cannot exhaust the stack.
+  using ItemIterator = decltype(std::declval<const PopupItems&>().begin());
+  struct Frame {
+    GridNode* node;
+    PopupItems* items;
+    ItemIterator next;
+  };
+  std::vector<Frame> stack{{&parent, &items, items.begin()}};
+  while (!stack.empty()) {
+    Frame& frame = stack.back();
+    if (frame.next == frame.items->end()) {
+      stack.pop_back();
+      continue;
+    }
+    const auto& item = *frame.next;
+    ++frame.next;
+    auto node = std::make_unique<GridNode>();
+    node->identity = item->Identity();
+    node->parent = frame.node;
+    node->row = static_cast<int>(frame.node->children.size());
+    GridNode* added = node.get();
+    nodes_[added->identity] = added;
+    frame.node->children.push_back(std::move(node));
+    if (item->HasChildren()) {
+      PopupItems* children = item->Children().get();
+      stack.push_back({added, children, children->begin()});
+    }
+  }
+}
+
+void DataGridModel::SortTree() {
+  if (!title_) return;
+  emit layoutAboutToBeChanged();
+  QModelIndexList before = persistentIndexList();
+  std::vector<std::pair<GridNode*, int>> remembered;
+  remembered.reserve(static_cast<size_t>(before.size()));
+  for (const QModelIndex& index : before) remembered.emplace_back(NodeOf(index), index.column());
+  std::vector<GridNode*> pending{title_.get()};
+  while (!pending.empty()) {
+    GridNode* node = pending.back();
+    pending.pop_back();
+    SortNode(*node);
+    for (auto& child : node->children) {
+      if (!child->children.empty()) pending.push_back(child.get());
+    }
+  }
+  QModelIndexList after;
+  after.reserve(before.size());
+  for (const auto& [node, column] : remembered) {
+    after.push_back(node ? createIndex(node->row, column, node->identity) : QModelIndex());
+  }
+  changePersistentIndexList(before, after);
+  emit layoutChanged();
+}
+
+void DataGridModel::SortChildren(const QModelIndex& parent) {
+  GridNode* node = NodeOf(parent);
+  if (!node) return;
+  emit layoutAboutToBeChanged({parent});
+  QModelIndexList before = persistentIndexList();
+  std::vector<std::pair<GridNode*, int>> remembered;
+  for (const QModelIndex& index : before) remembered.emplace_back(NodeOf(index), index.column());
+  SortNode(*node);
+  QModelIndexList after;
+  for (const auto& [remembered_node, column] : remembered) {
+    after.push_back(remembered_node
+                        ? createIndex(remembered_node->row, column, remembered_node->identity)
+                        : QModelIndex());
+  }
+  changePersistentIndexList(before, after);
+  emit layoutChanged({parent});
+}
+
+void DataGridModel::SortNode(GridNode& node) {
+  if (node.children.size() < 2) return;
+  std::vector<std::pair<std::string, std::unique_ptr<GridNode>>> keyed;
+  keyed.reserve(node.children.size());
+  for (auto& child : node.children) {
+    auto item = FindItemByIdentity(child->identity);
+    keyed.emplace_back(item ? OwnCode(item->PopupKey()) : std::string(), std::move(child));
+  }
+  // Stable: rows with equal codes keep their order.
+  std::stable_sort(keyed.begin(), keyed.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  for (size_t i = 0; i < keyed.size(); ++i) node.children[i] = std::move(keyed[i].second);
+  Renumber(node);
+}
+
+QModelIndex DataGridModel::AppendRow(const QModelIndex& parent, int32_t identity) {
+  GridNode* node = NodeOf(parent);
+  if (!node || identity == 0) return {};
+  QModelIndex parent_cell = createIndex(node->row, 0, static_cast<quintptr>(node->identity));
+  int row = static_cast<int>(node->children.size());
+  beginInsertRows(parent_cell, row, row);
+  auto child = std::make_unique<GridNode>();
+  child->identity = identity;
+  child->parent = node;
+  child->row = row;
+  nodes_[identity] = child.get();
+  node->children.push_back(std::move(child));
+  endInsertRows();
+  return createIndex(row, 0, static_cast<quintptr>(identity));
+}
+
+void DataGridModel::RemoveRow(const QModelIndex& index) {
+  GridNode* node = NodeOf(index);
+  if (!node || !node->parent) return;
+  GridNode* parent = node->parent;
+  int row = node->row;
+  beginRemoveRows(this->parent(index), row, row);
+  Forget(*node);
+  parent->children.erase(parent->children.begin() + row);
+  Renumber(*parent);
+  endRemoveRows();
+}
+
+void DataGridModel::Forget(const GridNode& node) {
+  std::vector<const GridNode*> pending{&node};
+  while (!pending.empty()) {
+    const GridNode* current = pending.back();
+    pending.pop_back();
+    nodes_.erase(current->identity);
+    for (const auto& child : current->children) pending.push_back(child.get());
+  }
+}
+
+QModelIndex DataGridModel::TitleIndex() const {
+  return title_ ? createIndex(0, 0, kTitleId) : QModelIndex();
+}
+
+QModelIndex DataGridModel::IndexOfIdentity(int32_t identity) const {
+  auto found = nodes_.find(identity);
+  if (found == nodes_.end()) return {};
+  return createIndex(found->second->row, 0, static_cast<quintptr>(identity));
+}
+
+std::shared_ptr<PopupItem> DataGridModel::ItemAt(const QModelIndex& index) const {
+  GridNode* node = NodeOf(index);
+  if (!node || node->identity == 0) return nullptr;
+  return FindItemByIdentity(node->identity);
+}
+
+std::vector<int32_t> DataGridModel::IdentitiesInGridOrder() const {
+  std::vector<int32_t> identities;
+  if (!title_) return identities;
+  identities.reserve(nodes_.size());
+  std::vector<const GridNode*> pending;
+  for (auto it = title_->children.rbegin(); it != title_->children.rend(); ++it) {
+    pending.push_back(it->get());
+  }
+  while (!pending.empty()) {
+    const GridNode* node = pending.back();
+    pending.pop_back();
+    identities.push_back(node->identity);
+    for (auto it = node->children.rbegin(); it != node->children.rend(); ++it) {
+      pending.push_back(it->get());
+    }
+  }
+  return identities;
+}
+
+GridNode* DataGridModel::NodeOfId(quintptr id) const {
+  if (!title_) return nullptr;
+  if (id == kTitleId) return title_.get();
+  auto found = nodes_.find(static_cast<int32_t>(id));
+  return found == nodes_.end() ? nullptr : found->second;
+}
+
+GridNode* DataGridModel::NodeOf(const QModelIndex& index) const {
+  if (!index.isValid() || index.model() != this) return nullptr;
+  return NodeOfId(index.internalId());
+}
+
+int DataGridModel::rowCount(const QModelIndex& parent) const {
+  if (!title_) return 0;
+  if (!parent.isValid()) return 1;
+  if (parent.column() != 0) return 0;
+  GridNode* node = NodeOf(parent);
+  return node ? static_cast<int>(node->children.size()) : 0;
+}
+
+int DataGridModel::columnCount(const QModelIndex&) const {
+  return std::max<int>(static_cast<int>(headings_.size()), 1);
+}
+
+QModelIndex DataGridModel::index(int row, int column, const QModelIndex& parent) const {
+  if (!title_ || column < 0 || column >= columnCount()) return {};
+  if (!parent.isValid()) return row == 0 ? createIndex(0, column, kTitleId) : QModelIndex();
+  GridNode* node = NodeOf(parent);
+  if (!node || row < 0 || row >= static_cast<int>(node->children.size())) return {};
+  const GridNode& child = *node->children[static_cast<size_t>(row)];
+  return createIndex(row, column, static_cast<quintptr>(child.identity));
+}
+
+QModelIndex DataGridModel::parent(const QModelIndex& index) const {
+  GridNode* node = NodeOf(index);
+  if (!node || !node->parent) return {};
+  GridNode* parent = node->parent;
+  return createIndex(parent->row, 0, static_cast<quintptr>(parent->identity));
+}
+
+QVariant DataGridModel::data(const QModelIndex& index, int role) const {
+  GridNode* node = NodeOf(index);
+  if (!node) return {};
+  if (role == Qt::UserRole) {
+    return index.column() == 0 ? QVariant(node->identity) : QVariant();
+  }
+  if (role != Qt::DisplayRole && role != Qt::EditRole) return {};
+  if (node->identity == 0) {
+    return index.column() == 0 ? ToQString(popup_->Title()) : QVariant();
+  }
+  auto item = FindItemByIdentity(node->identity);
+  if (!item) return {};
+  if (index.column() == 0) return ToQString(OwnCode(item->PopupKey()));
+  auto values = item->PopupValues();
+  if (index.column() > values->Count()) return {};
+  return ToQString(values->Item(Variant(index.column()))->Value());
+}
+
+QVariant DataGridModel::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (orientation != Qt::Horizontal || role != Qt::DisplayRole) return {};
+  if (section < 0 || section >= static_cast<int>(headings_.size())) return {};
+  return headings_[static_cast<size_t>(section)];
+}
+
+Qt::ItemFlags DataGridModel::flags(const QModelIndex& index) const {
+  return NodeOf(index) ? Qt::ItemIsEnabled | Qt::ItemIsSelectable : Qt::NoItemFlags;
+}
+
+}  // namespace zephyr::editor

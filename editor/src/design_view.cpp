@@ -1,0 +1,272 @@
+// The design view: the title box, the level and field grids with their
+// buttons and edit checks, and the key-step box.
+#include <QComboBox>
+#include <QEvent>
+#include <QHeaderView>
+#include <QItemSelectionModel>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableView>
+#include <QToolButton>
+#include <QTreeView>
+
+#include "edit_delegate.h"
+#include "editor_state.h"
+#include "zephyr/support/debug_log.h"
+#include "zephyr/support/text.h"
+
+namespace zephyr::editor {
+
+namespace {
+
+// The 1-based grid row of a view's current cell; 0 when there is none.
+int CurrentGridRow(const QTableView* view) {
+  QModelIndex current = view->currentIndex();
+  return current.isValid() ? current.row() + 1 : 0;
+}
+
+void MakeCurrent(QTableView* view, int grid_row) {
+  QModelIndex cell = view->model()->index(grid_row - 1, 0);
+  view->setCurrentIndex(cell);
+  view->scrollTo(cell);
+}
+
+}  // namespace
+
+void EditorState::ConnectDesignView() {
+  connect(txtTitle, &QLineEdit::textChanged, this, [this]() { TitleChanged(); });
+  connect(cmdAddLevels, &QPushButton::clicked, this, [this]() { AddLevelRow(); });
+  connect(cmdDeleteLevels, &QPushButton::clicked, this, [this]() { DeleteLevelRow(); });
+  connect(cmdAddField, &QPushButton::clicked, this, [this]() { AddFieldRow(); });
+  connect(cmdDeleteField, &QPushButton::clicked, this, [this]() { DeleteFieldRow(); });
+  connect(cmdUp, &QToolButton::clicked, this, [this]() { MoveField(-1); });
+  connect(cmdDown, &QToolButton::clicked, this, [this]() { MoveField(1); });
+
+  auto* levels = new EditDelegate(grdLevels);
+  levels->SetRefuse([this](const QModelIndex&, QString& text) { return LevelEditRefused(text); });
+  grdLevels->setItemDelegate(levels);
+  auto* fields = new EditDelegate(grdFields);
+  fields->SetAfterEdit([this](const QModelIndex&) { SetDataChanged(true); });
+  grdFields->setItemDelegate(fields);
+
+  connect(grdLevels->selectionModel(), &QItemSelectionModel::currentChanged, this,
+          [this](const QModelIndex& current) { LevelRowEntered(current.row() + 1); });
+  connect(grdLevels, &QTableView::clicked, this,
+          [this](const QModelIndex& index) { LevelRowEntered(index.row() + 1); });
+  connect(grdFields->selectionModel(), &QItemSelectionModel::currentChanged, this,
+          [this](const QModelIndex& current) { FieldRowEntered(current.row() + 1); });
+  connect(grdFields, &QTableView::clicked, this,
+          [this](const QModelIndex& index) { FieldRowEntered(index.row() + 1); });
+  // A model reset (a reload of the design view) leaves no row current.
+  connect(LevelList, &QAbstractItemModel::modelReset, this,
+          [this]() { cmdDeleteLevels->setEnabled(false); });
+  connect(FieldList, &QAbstractItemModel::modelReset, this, [this]() {
+    cmdUp->setEnabled(false);
+    cmdDown->setEnabled(false);
+  });
+
+  cboStep->installEventFilter(this);
+  if (cboStep->lineEdit()) cboStep->lineEdit()->installEventFilter(this);
+}
+
+bool EditorState::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == static_cast<QObject*>(DataGrid) && event->type() == QEvent::KeyPress) {
+    // F1..F9 press the add button of that level.
+    int key = static_cast<QKeyEvent*>(event)->key();
+    if (key >= Qt::Key_F1 && key <= Qt::Key_F9) {
+      int index = key - Qt::Key_F1 + 1;
+      if (index <= static_cast<int>(cmdAdd.size())) AddButtonClicked(index);
+      return true;
+    }
+  }
+  bool step_box = watched == cboStep || (cboStep && watched == cboStep->lineEdit());
+  if (step_box && event->type() == QEvent::FocusOut && !Loading) {
+    auto reason = static_cast<QFocusEvent*>(event)->reason();
+    // Focus lost to a pop-up (the drop-down list itself) is no leaving.
+    if (reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason && StepRefused()) {
+      cboStep->setFocus();
+    }
+  }
+  return QObject::eventFilter(watched, event);
+}
+
+void EditorState::LoadTemplateData() {
+  DebugLog(kTemplateDataModule, "LoadTemplateData", "Start");
+  LevelListModel::List levels;
+  FieldListModel::List fields;
+  DebugLog(kTemplateDataModule, "LoadTemplateData", "REdim's complete");
+  int16_t position = 0;
+  for (const auto& level : *popup->PopupLevels()) {
+    level->IntialIndex(++position);
+    levels.push_back(level);
+  }
+  DebugLog(kTemplateDataModule, "LoadTemplateData", "Levels REset");
+  position = 0;
+  bool key_field = true;
+  for (const auto& field : *popup->PopupFields()) {
+    if (key_field) {
+      key_field = false;  // field 1 is the key, never shown
+      continue;
+    }
+    field->InitialIndex(++position);
+    fields.push_back(field);
+  }
+  DebugLog(kTemplateDataModule, "LoadTemplateData", "Fields Reset");
+  LevelList->Reset(std::move(levels));
+  FieldList->Reset(std::move(fields));
+  FieldsChanged = false;
+  LevelsChanged = false;
+  DebugLog(kTemplateDataModule, "LoadTemplateData", "End");
+}
+
+void EditorState::FillDesignGrids() {
+  // The grids are views of the working lists: refreshing them is all the
+  // filling they need.
+  grdLevels->reset();
+  grdFields->reset();
+  if (LevelList->rowCount() == 0) {
+    cmdDeleteField->setEnabled(false);
+    cmdDeleteLevels->setEnabled(false);
+  }
+  cmdAddLevels->setEnabled(LevelList->rowCount() + 1 < 9);
+  if (FieldList->rowCount() == 0) {
+    // Both buttons, as for a popup without levels.
+    cmdDeleteField->setEnabled(false);
+    cmdDeleteLevels->setEnabled(false);
+  }
+  txtTitle->setText(ToQString(popup->Title()));
+}
+
+void EditorState::TitleChanged() {
+  QString text = txtTitle->text();
+  if (text.contains(QLatin1Char('"'))) {
+    Tell("Double Quotes are not Permitted in Title");
+    txtTitle->setFocus();
+    return;
+  }
+  if (!Loading) SetDataChanged(true);
+  popup->Title(ToUtf8(text));
+}
+
+void EditorState::AddLevelRow() {
+  LevelList->AppendNew();
+  int grid_row = LevelList->rowCount();
+  MakeCurrent(grdLevels, grid_row);
+  grdLevels->setFocus();
+  grdLevels->edit(grdLevels->currentIndex());
+  if (LevelList->rowCount() + 1 >= 9) cmdAddLevels->setEnabled(false);
+  LevelsChanged = true;
+  SetDataChanged(true);
+}
+
+void EditorState::AddFieldRow() {
+  FieldList->AppendNew();
+  MakeCurrent(grdFields, FieldList->rowCount());
+  grdFields->setFocus();
+  grdFields->edit(grdFields->currentIndex());
+  if (FieldList->rowCount() == 1) cmdDeleteField->setEnabled(true);
+  SizeFieldColumns();
+  FieldsChanged = true;
+  SetDataChanged(true);
+}
+
+void EditorState::DeleteLevelRow() {
+  int grid_row = CurrentGridRow(grdLevels);
+  if (grid_row < 1) return;
+  std::string question =
+      LevelList->Levels()[static_cast<size_t>(grid_row - 1)]->Question().ToText();
+  if (Tell("Are you Sure you wish to delete this Level along with its Data?",
+           MessageButtons::kYesNo, "Delete Level? " + question) != MessageAnswer::kYes) {
+    return;
+  }
+  // Levels are nested: only the deepest can go, whichever row was selected.
+  LevelList->RemoveLast();
+  grdLevels->setFocus();
+  if (LevelList->rowCount() > 0) {
+    MakeCurrent(grdLevels, 1);
+  } else {
+    cmdDeleteLevels->setEnabled(false);
+  }
+  if (LevelList->rowCount() + 1 < 9) cmdAddLevels->setEnabled(true);
+  LevelsChanged = true;
+  SetDataChanged(true);
+}
+
+void EditorState::DeleteFieldRow() {
+  int grid_row = CurrentGridRow(grdFields);
+  if (grid_row < 1) return;
+  std::string name = FieldList->Fields()[static_cast<size_t>(grid_row - 1)]->Name();
+  // The field's question reuses the level's title.
+  if (Tell("Are you Sure you wish to delete this Field along with its Data?",
+           MessageButtons::kYesNo, "Delete Level? " + name) != MessageAnswer::kYes) {
+    return;
+  }
+  FieldList->RemoveAt(grid_row - 1);
+  FieldsChanged = true;
+  SetDataChanged(true);
+  grdFields->setFocus();
+  if (FieldList->rowCount() > 0) {
+    MakeCurrent(grdFields, 1);
+  } else {
+    cmdDeleteField->setEnabled(false);
+  }
+  SizeFieldColumns();
+}
+
+void EditorState::MoveField(int step) {
+  int grid_row = CurrentGridRow(grdFields);
+  int target = grid_row + step;
+  if (grid_row < 1 || target < 1 || target > FieldList->rowCount()) return;
+  FieldList->Swap(grid_row - 1, target - 1);
+  LoadDesignMode();
+  FieldsChanged = true;
+  SetDataChanged(true);
+  grdFields->setFocus();
+  MakeCurrent(grdFields, target);
+}
+
+void EditorState::LevelRowEntered(int row) {
+  // A click enables the button; entering a row then narrows it: only the
+  // last level, and never the first, can be deleted.
+  int rows = LevelList->rowCount();
+  cmdDeleteLevels->setEnabled(rows >= 1 && row == rows && row != 0 && row != 1);
+}
+
+void EditorState::FieldRowEntered(int row) {
+  int rows = FieldList->rowCount();
+  if (rows >= 1) cmdDeleteField->setEnabled(true);
+  cmdUp->setEnabled(row > 1 && row <= rows);
+  cmdDown->setEnabled(row >= 1 && row < rows);
+}
+
+bool EditorState::LevelEditRefused(const QString& text) {
+  SetDataChanged(true);
+  if (!text.contains(QLatin1Char('"'))) return false;
+  Tell("Double Quotes are not permited in Level Descriptions");
+  return true;
+}
+
+bool EditorState::StepRefused() {
+  std::string text = ToUtf8(cboStep->currentText());
+  const char* message = "Invalid Key Step. Must be Numeric value between 1 and 99";
+  const char* title = "Invalid Key Step";
+  double value = 0;
+  bool refused = false;
+  if (!ParseNumber(text, &value)) {
+    Tell(message, MessageButtons::kOk, title);
+    refused = true;
+    value = 0;  // and so also below 1
+  }
+  if (value > 99) {
+    Tell(message, MessageButtons::kOk, title);
+    refused = true;
+  }
+  if (value < 1) {
+    Tell(message, MessageButtons::kOk, title);
+    refused = true;
+  }
+  return refused;
+}
+
+}  // namespace zephyr::editor

@@ -1,0 +1,203 @@
+// From the editor's screens to the popup's files: the design validation, the
+// save dialog and its checks, and carrying an edited design into the popup
+// and its items.
+#include <unistd.h>
+
+#include <QLineEdit>
+#include <QTableView>
+#include <QTreeView>
+
+#include "editor_state.h"
+#include "tab_strip.h"
+#include "zephyr/runtime/design_rules.h"
+#include "zephyr/support/debug_log.h"
+#include "zephyr/support/file_utils.h"
+#include "zephyr/support/text.h"
+
+namespace zephyr::editor {
+
+namespace {
+
+// The characters a popup's base name may hold (letters in either case).
+constexpr std::string_view kFileNameCharacters =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789$#%'()-_@^{}! ";
+
+// The part of a path up to and including its last "/".
+std::string GetFolder(const std::string& path) {
+  size_t slash = path.rfind('/');
+  return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
+}
+
+// The file name without its folder and without its last extension.
+std::string GetBaseName(const std::string& path) {
+  size_t slash = path.rfind('/');
+  std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+  size_t dot = name.rfind('.');
+  return dot == std::string::npos ? name : name.substr(0, dot);
+}
+
+// The save writes work files beside the popup and renames them over it, so
+// both the file and its folder must be writable.
+bool CannotSaveTo(const std::string& file) {
+  if (isFileReadOnly(file)) return true;
+  std::string folder = GetFolder(file);
+  if (::access(folder.empty() ? "." : folder.c_str(), W_OK) != 0) return true;
+  return PathExists(file) && ::access(file.c_str(), W_OK) != 0;
+}
+
+void MakeCurrentRow(QTableView* view, int row) {
+  if (row < 1) return;
+  QModelIndex cell = view->model()->index(row - 1, 0);
+  view->setCurrentIndex(cell);
+  view->scrollTo(cell);
+}
+
+}  // namespace
+
+bool EditorState::Validate() {
+  DesignDraft draft;
+  draft.title = ToUtf8(txtTitle->text());
+  for (const auto& level : LevelList->Levels()) draft.levels.push_back(level->Question().ToText());
+  int row = 0;
+  for (const auto& field : FieldList->Fields()) {
+    draft.fields.push_back({field->Name(), FieldList->LengthText(row++)});
+  }
+  std::optional<DesignViolation> broken = CheckDesign(draft);
+  if (!broken) return true;
+  Tell(broken->message);
+  if (broken->place == DesignPlace::kLevels) MakeCurrentRow(grdLevels, broken->row);
+  if (broken->place == DesignPlace::kFields) MakeCurrentRow(grdFields, broken->row);
+  return false;
+}
+
+bool EditorState::DosFileNameCheck(const std::string& name) {
+  DebugLog(kEditModule, "DosFileNameCheck", "Start");
+  for (char character : name) {
+    char upper =
+        (character >= 'a' && character <= 'z') ? static_cast<char>(character - 32) : character;
+    if (kFileNameCharacters.find(upper) == std::string_view::npos) {
+      Tell("Invalid Filename. Filename contains invalid characters");
+      return false;
+    }
+  }
+  return true;
+}
+
+void EditorState::SaveChanges(bool save_as) {
+  DebugLog(kEditModule, "SaveChanges", "Start");
+  if (popup->DataSource().empty() || save_as) {
+    while (true) {
+      SaveDialogRequest request;
+      request.title = "ZephyrPopup - Select or Type a Filename";
+      request.filter = "Zephyr Popup File (*.zpt)|*.zpt";
+      request.initial_folder = popup->PopupPath();
+      request.file_name = popup->DataSource();
+      request.default_extension = "zpt";
+      std::string chosen = request.file_name;
+      if (!ShowSave(*file_dialog, chosen, request)) return;
+      if (!DosFileNameCheck(GetBaseName(chosen))) continue;
+      DebugLog(kSaveChangesModule, "SaveChanges", "Return Dialogue =" + chosen);
+      DebugLog(kSaveChangesModule, "SaveChanges", "PopupPath=" + GetFolder(chosen));
+      popup->PopupPath(GetFolder(chosen));
+      popup->DataSource(GetBaseName(chosen));
+      break;
+    }
+  }
+  std::string file = WithTrailingSlash(popup->PopupPath()) + popup->DataSource() + ".zpt";
+  if (CannotSaveTo(file)) {
+    Tell(
+        "You do not have File Access to the file or folder you are saving to. Please contact you "
+        "system Administrator for assistance.");
+    return;
+  }
+  DebugLog(kSaveChangesModule, "SaveChanges", "Call SaveData");
+  SaveData();
+  SourcePath = popup->PopupPath();
+  SourceFile = popup->DataSource();
+  SetDataChanged(false);
+}
+
+void EditorState::SaveData() {
+  DebugLog(kEditModule, "SaveData", "Start");
+  if (tbsZephyrPopup->currentIndex() == kDesignTab) {
+    if (!Validate()) return;
+    SaveDesign();
+  }
+  popup->WriteTemplate();
+  popup->SavePopup();
+  for (int32_t identity : grid->IdentitiesInGridOrder()) {
+    popup->SetSelectedItem(std::to_string(identity));
+    // A row whose item went with a deleted level has nothing to write.
+    if (auto item = popup->SelectedItem()) popup->WritePopupRecord(item);
+  }
+  popup->SaveClose();
+  ResizeControls();
+}
+
+void EditorState::SaveDesign() {
+  DebugLog(kEditModule, "SaveDesign", "Start");
+  if (FieldsChanged) ChangeFields();
+  if (LevelsChanged) ChangeLevels();
+  LoadTemplateData();
+}
+
+void EditorState::ChangeLevels() {
+  DebugLog(kEditModule, "ChangeLevels", "Start");
+  int16_t highest = 0;
+  for (const auto& level : LevelList->Levels()) highest = std::max(highest, level->IntialIndex());
+  DebugLog(kEditModule, "ChangeLevels", "Solved Highest Level");
+  int16_t old_levels = popup->Levels();
+  if (highest < old_levels) {
+    DebugLog(kEditModule, "ChangeLevels", "HIghest Level < popup levels");
+    popup->DeleteLevel(static_cast<int16_t>(highest + 1), popup->PopupItems());
+    DebugLog(kEditModule, "ChangeLevels", "Level Deleted");
+    while (popup->PopupLevels()->Count() > highest) {
+      popup->RemoveLastLevel();
+      DebugLog(kEditModule, "ChangeLevels", "Level Deleted");
+    }
+    LevelChangeKeyFormat(popup->PopupItems());
+  } else {
+    DebugLog(kEditModule, "ChangeLevels", "HIghest Level > popup levels");
+    SaveLevelsCol();
+    DebugLog(kEditModule, "ChangeLevels", "Levels Saved");
+    // Added levels widen every key, so that the saved table can be read back.
+    if (popup->Levels() != old_levels) LevelChangeKeyFormat(popup->PopupItems());
+  }
+  popup->Levels(static_cast<int16_t>(popup->PopupLevels()->Count()));
+  DebugLog(kEditModule, "ChangeLevels", "Reset objpopuplevels");
+}
+
+void EditorState::LevelChangeKeyFormat(const std::shared_ptr<PopupItems>& items) {
+  DebugLog(kEditModule, "LevelChangeKeyFormat", "Start");
+  if (items) FormatKeysToLevels(*items, popup->Levels());
+}
+
+void EditorState::SaveLevelsCol() {
+  DebugLog(kEditModule, "SaveLevelsCol", "Start");
+  std::vector<PopupClass::LevelSpec> levels;
+  for (const auto& level : LevelList->Levels()) {
+    levels.push_back({level->Question(), level->IntialIndex()});
+  }
+  popup->ReplaceLevels(levels);
+}
+
+void EditorState::ChangeFields() {
+  DebugLog(kEditModule, "ChangeFields", "Start");
+  std::vector<int16_t> map;
+  for (const auto& field : FieldList->Fields()) map.push_back(field->InitialIndex());
+  DebugLog(kEditModule, "ReOrderFields", "Start");
+  ReorderValues(*popup->PopupItems(), map);
+  SaveFieldsCol();
+}
+
+void EditorState::SaveFieldsCol() {
+  DebugLog(kEditModule, "SaveFieldsCol", "Start");
+  std::vector<PopupClass::FieldSpec> fields;
+  for (const auto& field : FieldList->Fields()) {
+    fields.push_back(
+        {field->Name(), field->FieldLength(), field->StartCharPos(), field->InitialIndex()});
+  }
+  popup->ReplaceFields(fields);
+}
+
+}  // namespace zephyr::editor

@@ -1,0 +1,533 @@
+// The editor shell: construction, the public interface, opening a popup,
+// switching views and enabling the data view's commands.
+#include "zephyr/editor/popup_control_edit.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QTableView>
+#include <QToolButton>
+#include <QTreeView>
+#include <QVBoxLayout>
+
+#include "editor_state.h"
+#include "tab_strip.h"
+#include "zephyr/editor/new_key_dialog.h"
+#include "zephyr/platform/form_progress.h"
+#include "zephyr/platform/qt_clipboard.h"
+#include "zephyr/platform/qt_file_dialog.h"
+#include "zephyr/platform/qt_message_box.h"
+#include "zephyr/support/debug_log.h"
+
+namespace zephyr::editor {
+
+namespace {
+
+template <typename Widget>
+Widget* Named(Widget* widget, const char* name) {
+  widget->setObjectName(QString::fromLatin1(name));
+  return widget;
+}
+
+QAction* NamedAction(QMenu* menu, const char* name, const char* caption) {
+  QAction* action = menu->addAction(QString::fromLatin1(caption));
+  action->setObjectName(QString::fromLatin1(name));
+  return action;
+}
+
+}  // namespace
+
+EditorState::EditorState(PopupControlEdit* owner)
+    : QObject(owner),
+      q(owner),
+      popup(std::make_shared<PopupClass>()),
+      messages(std::make_shared<platform::QtMessageBox>(owner)),
+      file_dialog(std::make_shared<platform::QtFileDialog>(owner)),
+      progress(std::make_shared<platform::FormProgress>(owner)),
+      clipboard(std::make_shared<platform::QtClipboard>()),
+      new_key_prompt(DefaultNewKeyPrompt()) {}
+
+std::shared_ptr<NewKeyPrompt> EditorState::DefaultNewKeyPrompt() {
+  return std::make_shared<DialogNewKeyPrompt>(q, [this]() { return messages; });
+}
+
+EditorState::~EditorState() = default;
+
+void EditorState::BuildControls() {
+  LevelList = new LevelListModel(this);
+  FieldList = new FieldListModel(this);
+  grid = new DataGridModel(this);
+
+  auto* outer = new QVBoxLayout(q);
+  outer->setContentsMargins(4, 4, 4, 4);
+  tbsZephyrPopup = Named(new TabStrip(q), "tbsZephyrPopup");
+  tbsZephyrPopup->addTab(QStringLiteral("Popup Design View"));
+  tbsZephyrPopup->addTab(QStringLiteral("Popup Data View"));
+  outer->addWidget(tbsZephyrPopup);
+
+  // Design view.
+  fraDesignMode = Named(new QFrame(q), "fraDesignMode");
+  auto* design = new QVBoxLayout(fraDesignMode);
+  fraPopupTitle =
+      Named(new QGroupBox(QStringLiteral("Popup Title"), fraDesignMode), "fraPopupTitle");
+  txtTitle = Named(new QLineEdit(QStringLiteral("TestText"), fraPopupTitle), "txtTitle");
+  (new QHBoxLayout(fraPopupTitle))->addWidget(txtTitle);
+  design->addWidget(fraPopupTitle);
+
+  auto* lists = new QHBoxLayout();
+  fraQuestionLevels =
+      Named(new QGroupBox(QStringLiteral("Order and Questions to ask"), fraDesignMode),
+            "fraQuestionLevels");
+  grdLevels = Named(new QTableView(fraQuestionLevels), "grdLevels");
+  cmdAddLevels = Named(new QPushButton(QStringLiteral("Add"), fraQuestionLevels), "cmdAddLevels");
+  cmdDeleteLevels =
+      Named(new QPushButton(QStringLiteral("Delete"), fraQuestionLevels), "cmdDeleteLevels");
+  auto* levels_layout = new QVBoxLayout(fraQuestionLevels);
+  levels_layout->addWidget(grdLevels);
+  auto* level_buttons = new QHBoxLayout();
+  level_buttons->addWidget(cmdAddLevels);
+  level_buttons->addWidget(cmdDeleteLevels);
+  level_buttons->addStretch();
+  levels_layout->addLayout(level_buttons);
+  lists->addWidget(fraQuestionLevels, 1);
+
+  fraPopupFields = Named(new QGroupBox(QStringLiteral("Popup Database Fields"), fraDesignMode),
+                         "fraPopupFields");
+  grdFields = Named(new QTableView(fraPopupFields), "grdFields");
+  cmdAddField = Named(new QPushButton(QStringLiteral("Add"), fraPopupFields), "cmdAddField");
+  cmdDeleteField =
+      Named(new QPushButton(QStringLiteral("Delete"), fraPopupFields), "cmdDeleteField");
+  cmdUp = Named(new QToolButton(fraPopupFields), "cmdUp");
+  cmdUp->setArrowType(Qt::UpArrow);
+  cmdUp->setToolTip(QStringLiteral("Move the field up"));
+  cmdDown = Named(new QToolButton(fraPopupFields), "cmdDown");
+  cmdDown->setArrowType(Qt::DownArrow);
+  cmdDown->setToolTip(QStringLiteral("Move the field down"));
+  auto* fields_layout = new QVBoxLayout(fraPopupFields);
+  fields_layout->addWidget(grdFields);
+  auto* field_buttons = new QHBoxLayout();
+  field_buttons->addWidget(cmdAddField);
+  field_buttons->addWidget(cmdDeleteField);
+  field_buttons->addStretch();
+  field_buttons->addWidget(cmdUp);
+  field_buttons->addWidget(cmdDown);
+  fields_layout->addLayout(field_buttons);
+  lists->addWidget(fraPopupFields, 1);
+  design->addLayout(lists, 1);
+
+  fraImportExport = Named(new QGroupBox(fraDesignMode), "fraImportExport");
+  cmdImport =
+      Named(new QPushButton(QStringLiteral("Import From Excel"), fraImportExport), "cmdImport");
+  cmdImport->setToolTip(QStringLiteral("Imports Data from the Currently Active Sheet in Excel"));
+  cmdExport =
+      Named(new QPushButton(QStringLiteral("Export To Excel"), fraImportExport), "cmdExport");
+  cmdExport->setToolTip(
+      QStringLiteral("Exports Data to a new Sheet in the Current Excel Document"));
+  // The workbook exchange is wired up with the import dialogs; until then
+  // the buttons show what will be there without pretending to work.
+  cmdImport->setEnabled(false);
+  cmdExport->setEnabled(false);
+  auto* exchange = new QHBoxLayout(fraImportExport);
+  exchange->addWidget(cmdImport);
+  exchange->addWidget(cmdExport);
+  exchange->addStretch();
+  design->addWidget(fraImportExport);
+  outer->addWidget(fraDesignMode, 1);
+
+  for (QTableView* view : {grdLevels, grdFields}) {
+    view->setSelectionBehavior(QAbstractItemView::SelectRows);
+    view->setSelectionMode(QAbstractItemView::SingleSelection);
+    view->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
+                          QAbstractItemView::AnyKeyPressed);
+    view->verticalHeader()->setVisible(false);
+    view->horizontalHeader()->setHighlightSections(false);
+  }
+  grdLevels->setModel(LevelList);
+  grdLevels->horizontalHeader()->setStretchLastSection(true);
+  grdFields->setModel(FieldList);
+  grdFields->horizontalHeader()->setStretchLastSection(true);
+
+  // Data view.
+  FraDataMode = Named(new QFrame(q), "FraDataMode");
+  auto* data = new QVBoxLayout(FraDataMode);
+  auto* commands = new QHBoxLayout();
+  fraButtons = Named(new QFrame(FraDataMode), "fraButtons");
+  auto* buttons = new QHBoxLayout(fraButtons);
+  buttons->setContentsMargins(0, 0, 0, 0);
+  lblAdd = Named(new QLabel(QStringLiteral("Add:"), fraButtons), "lblAdd");
+  buttons->addWidget(lblAdd);
+  buttons->addStretch();
+  commands->addWidget(fraButtons, 1);
+  fraStepDelete = Named(new QFrame(FraDataMode), "fraStepDelete");
+  auto* step = new QHBoxLayout(fraStepDelete);
+  step->setContentsMargins(0, 0, 0, 0);
+  lblStep = Named(new QLabel(QStringLiteral("Step:"), fraStepDelete), "lblStep");
+  cboStep = Named(new QComboBox(fraStepDelete), "cboStep");
+  cboStep->setEditable(true);
+  cboStep->setInsertPolicy(QComboBox::NoInsert);
+  cboStep->addItems({"01", "02", "03", "04", "05", "10", "20", "30", "40", "50"});
+  cboStep->setCurrentIndex(-1);
+  cmdDelete = Named(new QPushButton(QStringLiteral("Delete"), fraStepDelete), "cmdDelete");
+  step->addWidget(lblStep);
+  step->addWidget(cboStep);
+  step->addWidget(cmdDelete);
+  commands->addWidget(fraStepDelete);
+  data->addLayout(commands);
+  DataGrid = Named(new QTreeView(FraDataMode), "DataGrid");
+  DataGrid->setModel(grid);
+  DataGrid->setSelectionBehavior(QAbstractItemView::SelectItems);
+  DataGrid->setSelectionMode(QAbstractItemView::SingleSelection);
+  DataGrid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  DataGrid->setUniformRowHeights(true);
+  DataGrid->setContextMenuPolicy(Qt::CustomContextMenu);
+  DataGrid->header()->setStretchLastSection(false);
+  data->addWidget(DataGrid, 1);
+  Label1 = Named(new QLabel(FraDataMode), "Label1");
+  data->addWidget(Label1);
+  outer->addWidget(FraDataMode, 1);
+  FraDataMode->setVisible(false);
+
+  mnuPopupAction = Named(new QMenu(q), "mnuPopupAction");
+  mnuAddChild = NamedAction(mnuPopupAction, "mnuAddChild", "New Child");
+  mnuAddSibling = NamedAction(mnuPopupAction, "mnuAddSibling", "New Sibling");
+  sep0 = mnuPopupAction->addSeparator();
+  sep0->setObjectName(QStringLiteral("sep0"));
+  mnucopy = Named(mnuPopupAction->addMenu(QStringLiteral("Copy")), "mnucopy");
+  mnucopy->menuAction()->setObjectName(QStringLiteral("mnucopy"));
+  mnuCopywithout = NamedAction(mnucopy, "mnuCopywithout", "Add a Copy of This Popup Data Item");
+  mnucopywithchildren = NamedAction(mnucopy, "mnucopywithchildren",
+                                    "Add a Copy of this Popup Data Item with Children");
+  mnuPaste = NamedAction(mnuPopupAction, "mnuPaste", "Paste");
+  mnuDelete = NamedAction(mnuPopupAction, "mnuDelete", "Delete");
+
+  ConnectDesignView();
+  ConnectDataView();
+  tbsZephyrPopup->SetBeforeClick([this](int target) { return TabBeforeClick(target); });
+  connect(tbsZephyrPopup, &QTabBar::currentChanged, this, [this](int index) { TabClick(index); });
+}
+
+void EditorState::SetDataChanged(bool changed) {
+  if (DataChanged == changed) return;
+  DataChanged = changed;
+  emit q->DataChangedChanged(changed);
+}
+
+MessageAnswer EditorState::Tell(const std::string& prompt, MessageButtons buttons,
+                                const std::string& title, MessageIcon icon, int default_button) {
+  Message message;
+  message.prompt = prompt;
+  message.buttons = buttons;
+  message.title = title;
+  message.icon = icon;
+  message.default_button = default_button;
+  return messages->Show(message);
+}
+
+void EditorState::OpenPopup(const std::string& path, const std::string& file) {
+  Opening = true;
+  struct OpeningDone {
+    bool& flag;
+    ~OpeningDone() { flag = false; }
+  } done{Opening};
+  if (!path.empty()) SourcePath = path;
+  if (!file.empty()) SourceFile = file;
+  popup = std::make_shared<PopupClass>();
+  popup->SetMessageBox(messages);
+  popup->SetProgress(progress);
+  popup->PopupPath(SourcePath);
+  popup->DataSource(SourceFile);
+  if (!SourceFile.empty()) {
+    popup->OpenPopup();
+    LoadTemplateData();
+    LoadDesignMode();
+    tbsZephyrPopup->SelectTab(kDataTab);
+    LoadDataMode();
+    LoadDataGrid();
+  } else {
+    LoadTemplateData();
+    tbsZephyrPopup->SelectTab(kDesignTab);
+    LoadDesignMode();
+  }
+}
+
+void EditorState::LoadDesignMode() {
+  emit q->BeforeDesignMode();
+  Loading = true;
+  DataMode = false;
+  FillDesignGrids();
+  fraDesignMode->setVisible(true);
+  FraDataMode->setVisible(false);
+  Loading = false;
+  ResizeControls();
+  SizeFieldColumns();
+}
+
+void EditorState::LoadDataMode() {
+  emit q->BeforeDataMode();
+  Loading = true;
+  FraDataMode->setVisible(true);
+  if (cboStep->currentIndex() < 0 && cboStep->currentText().isEmpty()) cboStep->setCurrentIndex(5);
+  ResizeControls();
+  DataGrid->setCurrentIndex(grid->TitleIndex());
+  EnableDisable();
+  fraDesignMode->setVisible(false);
+  Loading = false;
+  ResizeControls();
+  LoadDataGrid();
+}
+
+bool EditorState::TabBeforeClick(int target) {
+  (void)target;
+  if (Opening || tbsZephyrPopup->currentIndex() != kDesignTab) return false;
+  if (!Validate()) return true;
+  SaveDesign();
+  return false;
+}
+
+void EditorState::TabClick(int index) {
+  if (!Loading) {
+    if (index == kDesignTab) {
+      DataMode = false;
+      LoadDesignMode();
+    } else {
+      DataMode = true;
+      LoadDataMode();
+    }
+  }
+  SizeFieldColumns();
+}
+
+void EditorState::SizeFieldColumns() {
+  int width = grdFields->viewport()->width();
+  grdFields->setColumnWidth(0, static_cast<int>(width * 0.85));
+  grdFields->resizeColumnToContents(1);
+}
+
+void EditorState::ResizeControls() {
+  RebuildAddButtons();
+}
+
+bool EditorState::CurrentIsTitle() const {
+  QModelIndex current = DataGrid->currentIndex();
+  return current.isValid() && !current.parent().isValid();
+}
+
+std::shared_ptr<PopupItem> EditorState::CurrentItem() {
+  QModelIndex current = DataGrid->currentIndex();
+  int32_t identity =
+      current.isValid() ? grid->index(current.row(), 0, current.parent()).data(Qt::UserRole).toInt()
+                        : 0;
+  popup->SetSelectedItem(std::to_string(identity));
+  return popup->SelectedItem();
+}
+
+int EditorState::CurrentLevel() {
+  auto item = CurrentItem();
+  return item ? item->Level() : 0;
+}
+
+void EditorState::EnableDisable() {
+  DebugLog(kEditModule, "Enable_Disable", "Start");
+  QModelIndex current = DataGrid->currentIndex();
+  if (!current.isValid()) return;
+  int levels = popup->Levels();
+  auto question = [this](int level) {
+    return QStringLiteral("Add ") +
+           ToQString(popup->PopupLevels()->Item(Variant(level))->Question().ToText());
+  };
+  auto enable_buttons = [this](int up_to) {
+    for (size_t i = 0; i < cmdAdd.size(); ++i) cmdAdd[i]->setEnabled(static_cast<int>(i) < up_to);
+  };
+  int current_level = 0;
+  if (CurrentIsTitle()) {
+    cmdDelete->setEnabled(false);
+    mnuDelete->setEnabled(false);
+    mnuAddSibling->setEnabled(false);
+    mnuAddSibling->setVisible(false);
+    enable_buttons(1);
+    mnuAddChild->setEnabled(true);
+    mnuAddChild->setVisible(true);
+    if (levels >= 1) mnuAddChild->setText(question(1));
+    mnucopy->menuAction()->setEnabled(false);
+  } else {
+    auto item = CurrentItem();
+    current_level = item ? item->Level() : 0;
+    mnucopy->menuAction()->setEnabled(true);
+    mnuDelete->setEnabled(true);
+    mnuAddSibling->setEnabled(true);
+    mnuAddSibling->setVisible(true);
+    if (current_level >= 1 && current_level <= levels)
+      mnuAddSibling->setText(question(current_level));
+    if (current_level < levels) {
+      enable_buttons(current_level + 1);
+      mnuAddChild->setEnabled(true);
+      mnuAddChild->setVisible(true);
+      mnuAddChild->setText(question(current_level + 1));
+      mnucopywithchildren->setEnabled(true);
+    } else {
+      enable_buttons(current_level);
+      mnuAddChild->setEnabled(false);
+      mnuAddChild->setVisible(false);
+      mnucopywithchildren->setEnabled(false);
+    }
+  }
+  // A copied item is pasted beside items of its own level.
+  bool paste = false;
+  double number = 0;
+  if (!CurrentIsTitle() && ParseNumber(clipboard->Text(), &number)) {
+    auto copied = FindItemByIdentity(static_cast<int32_t>(number));
+    paste = copied && copied->Level() == current_level;
+  }
+  mnuPaste->setEnabled(paste);
+}
+
+}  // namespace zephyr::editor
+
+namespace zephyr::editor {
+
+PopupControlEdit::PopupControlEdit(QWidget* parent)
+    : QWidget(parent), state_(std::make_unique<EditorState>(this)) {
+  state_->Loading = true;
+  DebugLog(kInitializeModule, "UserControl_Initialize",
+           "V" + std::to_string(ZEPHYR_VERSION_MAJOR) + "." + std::to_string(ZEPHYR_VERSION_MINOR) +
+               "." + std::to_string(ZEPHYR_VERSION_PATCH));
+  setObjectName(QStringLiteral("PopupControlEdit"));
+  state_->BuildControls();
+  state_->popup->SetMessageBox(state_->messages);
+  state_->popup->SetProgress(state_->progress);
+  state_->LoadTemplateData();
+  state_->LoadDesignMode();
+}
+
+PopupControlEdit::~PopupControlEdit() = default;
+
+bool PopupControlEdit::DataChanged() const {
+  return state_->DataChanged;
+}
+bool PopupControlEdit::DataMode() const {
+  return state_->DataMode;
+}
+void PopupControlEdit::DataMode(bool value) {
+  state_->DataMode = value;
+}
+std::string PopupControlEdit::PopupTitle() const {
+  return state_->popup->Title();
+}
+const std::string& PopupControlEdit::SourcePath() const {
+  return state_->SourcePath;
+}
+void PopupControlEdit::SourcePath(std::string value) {
+  state_->SourcePath = std::move(value);
+}
+const std::string& PopupControlEdit::SourceFile() const {
+  return state_->SourceFile;
+}
+void PopupControlEdit::SourceFile(std::string value) {
+  state_->SourceFile = std::move(value);
+}
+
+void PopupControlEdit::LoadDesignMode() {
+  state_->LoadDesignMode();
+}
+void PopupControlEdit::LoadDataMode() {
+  state_->LoadDataMode();
+}
+void PopupControlEdit::OpenPopup(const std::string& path, const std::string& file) {
+  state_->OpenPopup(path, file);
+}
+bool PopupControlEdit::ShowView(bool DataView) {
+  int tab = DataView ? kDataTab : kDesignTab;
+  state_->tbsZephyrPopup->SelectTab(tab);
+  return state_->tbsZephyrPopup->currentIndex() == tab;
+}
+void PopupControlEdit::Sort_Tree() {
+  state_->SortTree();
+}
+void PopupControlEdit::SaveChanges(bool SaveAs) {
+  state_->SaveChanges(SaveAs);
+}
+void PopupControlEdit::SaveDesign() {
+  state_->SaveDesign();
+}
+void PopupControlEdit::ChangeFields() {
+  state_->ChangeFields();
+}
+void PopupControlEdit::LevelChangeKeyFormat(const std::shared_ptr<PopupItems>& Popupitems) {
+  state_->LevelChangeKeyFormat(Popupitems);
+}
+void PopupControlEdit::SaveData() {
+  state_->SaveData();
+}
+bool PopupControlEdit::Validate() {
+  return state_->Validate();
+}
+
+uint PopupControlEdit::EditBackColor() const {
+  return state_->EditBackColor;
+}
+void PopupControlEdit::EditBackColor(uint color) {
+  state_->EditBackColor = color;
+}
+
+void PopupControlEdit::AddChild() {
+  state_->AddChild();
+  state_->EnableDisable();
+}
+
+void PopupControlEdit::AddSibling() {
+  state_->AddSibling();
+  state_->EnableDisable();
+}
+
+void PopupControlEdit::ReadProperties(const PropertyBag& bag) {
+  Variant stored = bag.ReadProperty(kEditBackColorProperty,
+                                    Variant(static_cast<int32_t>(kDefaultEditBackColor)));
+  state_->EditBackColor = static_cast<uint32_t>(stored.ToInt32());
+}
+
+void PopupControlEdit::WriteProperties(PropertyBag& bag) const {
+  bag.WriteProperty(kEditBackColorProperty, Variant(static_cast<int32_t>(state_->EditBackColor)),
+                    Variant(static_cast<int32_t>(kDefaultEditBackColor)));
+}
+
+std::shared_ptr<PopupClass> PopupControlEdit::Popup() const {
+  return state_->popup;
+}
+
+void PopupControlEdit::SetMessageBox(std::shared_ptr<MessageBox> message_box) {
+  state_->messages =
+      message_box ? std::move(message_box) : std::make_shared<platform::QtMessageBox>(this);
+  state_->popup->SetMessageBox(state_->messages);
+}
+
+void PopupControlEdit::SetFileDialog(std::shared_ptr<FileDialog> file_dialog) {
+  state_->file_dialog =
+      file_dialog ? std::move(file_dialog) : std::make_shared<platform::QtFileDialog>(this);
+}
+
+void PopupControlEdit::SetProgress(std::shared_ptr<Progress> progress) {
+  state_->progress =
+      progress ? std::move(progress) : std::make_shared<platform::FormProgress>(this);
+  state_->popup->SetProgress(state_->progress);
+}
+
+void PopupControlEdit::SetClipboard(std::shared_ptr<Clipboard> clipboard) {
+  state_->clipboard = clipboard ? std::move(clipboard) : std::make_shared<platform::QtClipboard>();
+}
+
+void PopupControlEdit::SetNewKeyPrompt(std::shared_ptr<NewKeyPrompt> prompt) {
+  state_->new_key_prompt = prompt ? std::move(prompt) : state_->DefaultNewKeyPrompt();
+}
+
+void PopupControlEdit::resizeEvent(QResizeEvent* event) {
+  QWidget::resizeEvent(event);
+  if (!state_->Loading) state_->ResizeControls();
+}
+
+}  // namespace zephyr::editor
