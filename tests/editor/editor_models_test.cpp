@@ -1,0 +1,129 @@
+#include <QAbstractItemModelTester>
+#include <QtTest>
+
+#include "zephyr/editor/data_grid_model.h"
+#include "zephyr/editor/design_list_models.h"
+#include "zephyr/editor/property_bag.h"
+
+namespace zephyr::editor {
+
+class EditorModelsTest : public QObject {
+  Q_OBJECT
+
+ private:
+  // Shop: 02 Snacks > 01 Crisps, and 01 Drinks > 03 Cocoa, 03 Cola, 01 Tea,
+  // added out of code order; Cocoa and Cola share their own code.
+  std::shared_ptr<PopupClass> popup_;
+  std::unique_ptr<DataGridModel> grid_;
+  int32_t snacks_ = 0, crisps_ = 0, drinks_ = 0, cola_ = 0, tea_ = 0, cocoa_ = 0;
+
+ private slots:
+  void init() {
+    popup_ = std::make_shared<PopupClass>();
+    popup_->Title("Shop");
+    popup_->ReplaceLevels({{Variant("Aisle"), 1}, {Variant("Shelf"), 2}});
+    popup_->ReplaceFields({{"Name", 10, 0, 1}, {"Price", 5, 0, 2}});
+    auto snacks = popup_->AddItem(nullptr, "  02", {"Snacks", ""});
+    auto drinks = popup_->AddItem(nullptr, "  01", {"Drinks", "9"});
+    snacks_ = snacks->Identity(), drinks_ = drinks->Identity();
+    crisps_ = popup_->AddItem(snacks, "0201", {"Crisps", "1"})->Identity();
+    cocoa_ = popup_->AddItem(drinks, "9903", {"Cocoa", "4"})->Identity();
+    cola_ = popup_->AddItem(drinks, "0103", {"Cola", "2"})->Identity();
+    tea_ = popup_->AddItem(drinks, "0101", {"Tea", "3"})->Identity();
+    grid_ = std::make_unique<DataGridModel>();
+    new QAbstractItemModelTester(
+        grid_.get(), QAbstractItemModelTester::FailureReportingMode::QtTest, grid_.get());
+    grid_->Load(popup_);
+  }
+
+  void outlineShowsTitleCodesAndValues() {
+    QCOMPARE(grid_->rowCount(), 1);
+    QModelIndex title = grid_->TitleIndex();
+    QCOMPARE(title.data().toString(), QString("Shop"));
+    QCOMPARE(title.data(Qt::UserRole).toInt(), 0);
+    QCOMPARE(grid_->rowCount(title), 2);
+    QModelIndex first = grid_->index(0, 0, title);  // collection order until sorted
+    QCOMPARE(first.data(Qt::UserRole).toInt(), snacks_);
+    QCOMPARE(first.data().toString(), QString("02"));
+    QModelIndex cola = grid_->IndexOfIdentity(cola_);
+    QCOMPARE(cola.siblingAtColumn(1).data().toString(), QString("Cola"));
+    QCOMPARE(cola.siblingAtColumn(2).data().toString(), QString("2"));
+    QCOMPARE(grid_->ItemAt(grid_->IndexOfIdentity(tea_))->Identity(), tea_);
+    QVERIFY(!grid_->ItemAt(title));
+  }
+
+  void sortingOrdersTheGridOnly() {
+    QPersistentModelIndex cocoa(grid_->IndexOfIdentity(cocoa_));
+    grid_->SortTree();
+    const std::vector<int32_t> sorted{drinks_, tea_, cocoa_, cola_, snacks_, crisps_};
+    QCOMPARE(grid_->IdentitiesInGridOrder(), sorted);  // equal codes keep their order
+    QCOMPARE(cocoa.row(), 1);
+    QCOMPARE(popup_->PopupItems()->Item(1)->Identity(), snacks_);
+    QCOMPARE(popup_->PopupItems()->Item(2)->Children()->Item(1)->Identity(), cocoa_);
+
+    auto drinks = popup_->PopupItems()->Item(2);
+    int32_t coffee = popup_->AddItem(drinks, "0102", {"Coffee", "5"})->Identity();
+    QModelIndex appended = grid_->AppendRow(grid_->IndexOfIdentity(drinks_), coffee);
+    QCOMPARE(appended.row(), 3);
+    grid_->SortChildren(grid_->IndexOfIdentity(drinks_));
+    QCOMPARE(grid_->IndexOfIdentity(coffee).row(), 1);
+    QCOMPARE(cocoa.row(), 2);
+  }
+
+  void rowsOfFreedItemsShowNothing() {
+    QVERIFY(popup_->RemoveItem(popup_->PopupItems()->Item(1)));  // snacks, behind the model
+    for (int32_t gone : {snacks_, crisps_}) {
+      QModelIndex row = grid_->IndexOfIdentity(gone);
+      QVERIFY(row.isValid());
+      QVERIFY(!grid_->ItemAt(row));
+      QVERIFY(!row.data().isValid());
+      QVERIFY(!row.siblingAtColumn(1).data().isValid());
+    }
+    grid_->SortTree();
+    grid_->RemoveRow(grid_->IndexOfIdentity(snacks_));
+    QVERIFY(!grid_->IndexOfIdentity(snacks_).isValid());
+    QVERIFY(!grid_->IndexOfIdentity(crisps_).isValid());
+    QCOMPARE(grid_->rowCount(grid_->TitleIndex()), 1);
+  }
+
+  void fieldLengthKeepsTheTypedTextAndSwapsWithIt() {
+    auto first = std::make_shared<PopupField>();
+    FieldListModel model;
+    model.Reset({first, std::make_shared<PopupField>()});
+    // A length that does not fit 16 bits keeps the one before.
+    const std::pair<QString, int> steps[] = {{"7", 7}, {"99999", 7}, {"x", 0}, {"12a", 12}};
+    for (const auto& [typed, length] : steps) {
+      QVERIFY(model.setData(model.index(0, 1), typed, Qt::EditRole));
+      QCOMPARE(model.index(0, 1).data().toString(), typed);
+      QCOMPARE(int{first->FieldLength()}, length);
+    }
+    model.Swap(0, 1);
+    QVERIFY(model.Fields()[1] == first);
+    QCOMPARE(model.index(1, 1).data().toString(), QString("12a"));
+    QCOMPARE(model.index(0, 1).data().toString(), QString("0"));
+  }
+
+  void levelEditsReachThePopup() {
+    LevelListModel model;
+    LevelListModel::List levels;
+    for (const auto& level : *popup_->PopupLevels()) levels.push_back(level);
+    model.Reset(levels);
+    QVERIFY(model.setData(model.index(1, 0), "Bay", Qt::EditRole));
+    QCOMPARE(popup_->PopupLevels()->Item(2)->Question().ToText(), std::string("Bay"));
+  }
+
+  void propertyBagStoresOnlyOtherThanDefault() {
+    PropertyBag bag;
+    const Variant white(int32_t{0xFFFFFF});
+    bag.WriteProperty("BackColor", Variant(int32_t{0xFF}), white);
+    QCOMPARE(bag.ReadProperty("BackColor", white).ToInt32(), 0xFF);
+    bag.WriteProperty("BackColor", white, white);
+    QVERIFY(!bag.Contains("BackColor"));
+    QCOMPARE(bag.ReadProperty("BackColor", white).ToInt32(), 0xFFFFFF);
+  }
+};
+
+}  // namespace zephyr::editor
+
+QTEST_GUILESS_MAIN(zephyr::editor::EditorModelsTest)
+#include "editor_models_test.moc"
