@@ -71,6 +71,7 @@ void EditorState::ConnectDesignView() {
 }
 
 bool EditorState::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == grdFields->viewport() && event->type() == QEvent::Resize) SizeFieldColumns();
   if (watched == static_cast<QObject*>(DataGrid) && event->type() == QEvent::KeyPress) {
     // F1..F9 press the add button of that level.
     int key = static_cast<QKeyEvent*>(event)->key();

@@ -2,6 +2,8 @@
 // switching views and enabling the data view's commands.
 #include "zephyr/editor/popup_control_edit.h"
 
+#include <algorithm>
+
 #include <QAction>
 #include <QComboBox>
 #include <QGroupBox>
@@ -152,6 +154,7 @@ void EditorState::BuildControls() {
   grdLevels->horizontalHeader()->setStretchLastSection(true);
   grdFields->setModel(FieldList);
   grdFields->horizontalHeader()->setStretchLastSection(true);
+  grdFields->viewport()->installEventFilter(this);
 
   // Data view.
   FraDataMode = Named(new QFrame(q), "FraDataMode");
@@ -305,8 +308,10 @@ void EditorState::TabClick(int index) {
 
 void EditorState::SizeFieldColumns() {
   int width = grdFields->viewport()->width();
-  grdFields->setColumnWidth(0, static_cast<int>(width * 0.85));
   grdFields->resizeColumnToContents(1);
+  // The name takes 85% unless the length column would then not fit.
+  int name_width = static_cast<int>(width * 0.85);
+  grdFields->setColumnWidth(0, std::min(name_width, width - grdFields->columnWidth(1)));
 }
 
 void EditorState::ResizeControls() {
