@@ -36,6 +36,18 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
   file->addAction(tr("Save &As..."), QKeySequence::SaveAs, this, [this]() { Save(true); });
   file->addSeparator();
   file->addAction(tr("&Quit"), QKeySequence::Quit, this, [this]() { close(); });
+  QMenu* edit = menuBar()->addMenu(tr("&Edit"));
+  edit->addAction(tr("Add &Child"), QKeySequence(tr("Ctrl+Shift+N")), this,
+                  [this]() { editor_->AddChild(); });
+  edit->addAction(tr("Add &Sibling"), QKeySequence(tr("Ctrl+Shift+B")), this,
+                  [this]() { editor_->AddSibling(); });
+  edit->addSeparator();
+  // The outline takes Ctrl+C and Ctrl+V itself; the menu offers them too.
+  edit->addAction(tr("&Copy Item"), this, [this]() { editor_->CopyCurrentItem(); });
+  edit->addAction(tr("&Paste"), this, [this]() { editor_->PasteItem(); });
+  edit->addAction(tr("&Delete"), this, [this]() { editor_->DeleteCurrentItem(); });
+  edit->addSeparator();
+  edit->addAction(tr("&Find"), this, [this]() { editor_->FocusFind(); });
   QMenu* view = menuBar()->addMenu(tr("&View"));
   view->addAction(tr("&Design"), QKeySequence(tr("Ctrl+1")), this,
                   [this]() { editor_->ShowView(false); });

@@ -30,6 +30,7 @@ void DataGridModel::Load(std::shared_ptr<PopupClass> popup) {
   headings_.clear();
   for (const auto& field : *popup_->PopupFields()) headings_.push_back(ToQString(field->Name()));
   nodes_.clear();
+  rekeyed_.clear();
   title_ = std::make_unique<GridNode>();
   AddItems(*title_, *popup_->PopupItems());
   endResetModel();
@@ -140,6 +141,70 @@ QModelIndex DataGridModel::AppendRow(const QModelIndex& parent, int32_t identity
   return createIndex(row, 0, static_cast<quintptr>(identity));
 }
 
+void DataGridModel::AppendBranch(const QModelIndex& row, PopupItem& item) {
+  if (!item.HasChildren()) return;
+  for (const auto& child : *item.Children()) {
+    QModelIndex added = AppendRow(row, child->Identity());
+    AppendBranch(added, *child);
+  }
+}
+
+bool DataGridModel::SetValue(const QModelIndex& index, const std::string& text) {
+  auto item = ItemAt(index);
+  if (!item || index.column() < 1) return false;
+  auto values = item->PopupValues();
+  // An item loaded from a narrower table may lack the later values.
+  while (values->Count() < index.column()) values->Add(std::string());
+  values->Item(Variant(index.column()))->Value(text);
+  emit dataChanged(index, index);
+  return true;
+}
+
+void DataGridModel::KeyChanged(const QModelIndex& index) {
+  GridNode* node = NodeOf(index);
+  if (!node || node->identity == 0) return;
+  rekeyed_.insert(node->identity);
+  QModelIndex first = createIndex(node->row, 0, static_cast<quintptr>(node->identity));
+  emit dataChanged(first, first);
+}
+
+std::vector<std::pair<QModelIndex, bool>> DataGridModel::RowVisibility(const QString& text) const {
+  std::vector<std::pair<QModelIndex, bool>> rows;
+  if (!title_) return rows;
+  rows.reserve(nodes_.size());
+  // Post-order: a row is visible when it matches or any child is visible.
+  struct Frame {
+    const GridNode* node;
+    size_t next;
+    bool any_visible;
+  };
+  std::vector<Frame> stack{{title_.get(), 0, false}};
+  while (!stack.empty()) {
+    Frame& frame = stack.back();
+    if (frame.next < frame.node->children.size()) {
+      stack.push_back({frame.node->children[frame.next++].get(), 0, false});
+      continue;
+    }
+    const GridNode* node = frame.node;
+    bool visible = frame.any_visible || text.isEmpty() || Matches(*node, text);
+    stack.pop_back();
+    if (stack.empty()) break;  // the title row is always shown
+    stack.back().any_visible = stack.back().any_visible || visible;
+    rows.emplace_back(createIndex(node->row, 0, static_cast<quintptr>(node->identity)), visible);
+  }
+  return rows;
+}
+
+bool DataGridModel::Matches(const GridNode& node, const QString& text) const {
+  auto item = FindItemByIdentity(node.identity);
+  if (!item) return false;
+  if (ToQString(item->PopupKey()).contains(text, Qt::CaseInsensitive)) return true;
+  for (const auto& value : *item->PopupValues()) {
+    if (ToQString(value->Value()).contains(text, Qt::CaseInsensitive)) return true;
+  }
+  return false;
+}
+
 void DataGridModel::RemoveRow(const QModelIndex& index) {
   GridNode* node = NodeOf(index);
   if (!node || !node->parent) return;
@@ -158,6 +223,7 @@ void DataGridModel::Forget(const GridNode& node) {
     const GridNode* current = pending.back();
     pending.pop_back();
     nodes_.erase(current->identity);
+    rekeyed_.erase(current->identity);
     for (const auto& child : current->children) pending.push_back(child.get());
   }
 }
@@ -243,6 +309,9 @@ QVariant DataGridModel::data(const QModelIndex& index, int role) const {
   if (role == Qt::UserRole) {
     return index.column() == 0 ? QVariant(node->identity) : QVariant();
   }
+  if (role == kKeyChangedRole) {
+    return index.column() == 0 && rekeyed_.count(node->identity) != 0;
+  }
   if (role != Qt::DisplayRole && role != Qt::EditRole) return {};
   if (node->identity == 0) {
     return index.column() == 0 ? ToQString(popup_->Title()) : QVariant();
@@ -262,7 +331,11 @@ QVariant DataGridModel::headerData(int section, Qt::Orientation orientation, int
 }
 
 Qt::ItemFlags DataGridModel::flags(const QModelIndex& index) const {
-  return NodeOf(index) ? Qt::ItemIsEnabled | Qt::ItemIsSelectable : Qt::NoItemFlags;
+  GridNode* node = NodeOf(index);
+  if (!node) return Qt::NoItemFlags;
+  Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+  // The title row is never edited here.
+  return node->identity == 0 ? flags : flags | Qt::ItemIsEditable;
 }
 
 }  // namespace zephyr::editor

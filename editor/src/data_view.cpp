@@ -1,18 +1,24 @@
 // The data view: filling and sorting the outline, the current row, the add
 // buttons, the item menu and deleting an item.
 #include <QAction>
+#include <QApplication>
 #include <QComboBox>
+#include <QCursor>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QTimer>
 #include <QTreeView>
 
+#include "edit_delegate.h"
 #include "editor_state.h"
 #include "ole_color.h"
 #include "zephyr/support/debug_log.h"
+#include "zephyr/support/text.h"
 
 namespace zephyr::editor {
 
@@ -21,16 +27,38 @@ void EditorState::ConnectDataView() {
           [this]() { DataRowChanged(); });
   connect(DataGrid, &QTreeView::customContextMenuRequested, this,
           [this](const QPoint& position) { ShowItemMenu(position); });
-  connect(cmdDelete, &QPushButton::clicked, this, [this]() { DeleteDataItem(); });
-  connect(mnuDelete, &QAction::triggered, this, [this]() { DeleteDataItem(); });
+  connect(DataGrid, &QTreeView::doubleClicked, this, [this]() { StartEdit(); });
+  auto command = [this](auto handler) {
+    return [this, handler]() { Guarded([this, handler]() { (this->*handler)(); }); };
+  };
+  connect(cmdDelete, &QPushButton::clicked, this, command(&EditorState::DeleteDataItem));
+  connect(mnuDelete, &QAction::triggered, this, command(&EditorState::DeleteDataItem));
   connect(mnuAddChild, &QAction::triggered, this, [this]() {
-    AddChild();
+    Guarded([this]() { AddChild(); });
     EnableDisable();
   });
   connect(mnuAddSibling, &QAction::triggered, this, [this]() {
-    AddSibling();
+    Guarded([this]() { AddSibling(); });
     EnableDisable();
   });
+  connect(mnuCopywithout, &QAction::triggered, this, command(&EditorState::CopyPopupItem));
+  connect(mnucopywithchildren, &QAction::triggered, this,
+          command(&EditorState::CopyPopupItemW_Children));
+  connect(mnuPaste, &QAction::triggered, this, command(&EditorState::Paste));
+  connect(txtFind, &QLineEdit::textChanged, this, [this]() { find_timer->start(); });
+  connect(find_timer, &QTimer::timeout, this, [this]() { ApplyFind(); });
+
+  auto* delegate = new EditDelegate(DataGrid);
+  delegate->SetMaxLength([this](const QModelIndex& cell) { return MaxEditLength(cell); });
+  delegate->SetRefuse(
+      [this](const QModelIndex& cell, QString& text) { return DataEditRefused(cell, text); });
+  delegate->SetCommit([this](const QModelIndex& cell, const QString& text) {
+    Guarded([&]() { DataAfterEdit(cell, text); });
+  });
+  delegate->SetKeyFilter(this);
+  delegate->SetMarked(
+      [](const QModelIndex& cell) { return cell.data(DataGridModel::kKeyChangedRole).toBool(); });
+  DataGrid->setItemDelegate(delegate);
   DataGrid->installEventFilter(this);
 }
 
@@ -130,6 +158,121 @@ void EditorState::SelectItemRow(const std::shared_ptr<PopupItem>& item) {
   QModelIndex cell = grid->index(row.row(), std::min(1, grid->columnCount() - 1), row.parent());
   DataGrid->setCurrentIndex(cell);
   DataGrid->scrollTo(cell);
+}
+
+bool EditorState::BeforeEdit(const QModelIndex& cell) {
+  if (!cell.isValid() || !cell.parent().isValid()) return false;  // the title row
+  // Nor when the pointer rests on the title row.
+  QModelIndex pointed = DataGrid->indexAt(DataGrid->viewport()->mapFromGlobal(QCursor::pos()));
+  return !(pointed.isValid() && !pointed.parent().isValid());
+}
+
+void EditorState::StartEdit() {
+  QModelIndex cell = DataGrid->currentIndex();
+  if (BeforeEdit(cell)) DataGrid->edit(cell);
+}
+
+int EditorState::MaxEditLength(const QModelIndex& cell) {
+  if (cell.column() == 0) return 2;
+  auto fields = popup->PopupFields();
+  int32_t field = cell.column() + 1;
+  return field <= fields->Count() ? fields->Item(Variant(field))->FieldLength() : 0;
+}
+
+bool EditorState::DataEditRefused(const QModelIndex& cell, QString& text) {
+  std::string typed = std::string(Trim(ToUtf8(text)));
+  if (cell.column() >= 1) {
+    if (typed.find('"') == std::string::npos) return false;
+    Tell("Data Entries cannot contain Double Quotes");
+    return true;
+  }
+  double number = 0;
+  if (!ParseNumber(typed, &number)) {
+    Tell("Popup Record Key must be numeric");
+    return true;
+  }
+  if (typed.size() < 2) typed = "0" + typed;
+  text = ToQString(typed);
+  return false;
+}
+
+void EditorState::DataAfterEdit(const QModelIndex& cell, const QString& text) {
+  DebugLog(kEditModule, "Datagrid_AfterEdit", "Start");
+  if (!cell.parent().isValid()) return;  // the title row
+  auto item = CurrentItem();
+  if (!item) return;
+  QModelIndex row = grid->index(cell.row(), 0, cell.parent());
+  if (cell.column() >= 1) {
+    grid->SetValue(grid->index(cell.row(), cell.column(), cell.parent()), ToUtf8(text));
+    SetDataChanged(true);
+    return;
+  }
+  std::string code(Trim(ToUtf8(text)));
+  std::string own = item->PopupKey().size() >= 2
+                        ? item->PopupKey().substr(item->PopupKey().size() - 2)
+                        : item->PopupKey();
+  if (code == own) return;
+  for (const auto& sibling : *popup->SiblingsOf(*item)) {
+    const std::string& key = sibling->PopupKey();
+    if (key.size() >= 2 && key.substr(key.size() - 2) == code) {
+      Tell("Key already Exists. Please enter a unique key.");
+      return;  // the cell shows the item's key, which did not change
+    }
+  }
+  popup->ModifyKey(code, item, item->Level());
+  grid->KeyChanged(row);
+  grid->SortChildren(row.parent());
+  // Key entry flows on into the first value.
+  QModelIndex moved = grid->IndexOfIdentity(item->Identity());
+  QModelIndex next = grid->index(moved.row(), cell.column() + 1, moved.parent());
+  SetDataChanged(true);
+  if (next.isValid()) {
+    QTimer::singleShot(0, DataGrid, [this, cell = QPersistentModelIndex(next)]() {
+      if (!cell.isValid()) return;
+      DataGrid->setCurrentIndex(cell);
+      DataGrid->edit(cell);
+    });
+  }
+}
+
+bool EditorState::DataGridKey(QKeyEvent* event, bool editing) {
+  int key = event->key();
+  if (key >= Qt::Key_F1 && key <= Qt::Key_F9) {
+    int index = key - Qt::Key_F1 + 1;
+    if (editing) {
+      // The typed text is kept before the add moves the current row.
+      auto* editor = qobject_cast<QWidget*>(QApplication::focusWidget());
+      auto* delegate = DataGrid->itemDelegate();
+      if (editor) {
+        emit delegate->commitData(editor);
+        emit delegate->closeEditor(editor);
+      }
+    }
+    if (index <= static_cast<int>(cmdAdd.size())) Guarded([&]() { AddButtonClicked(index); });
+    return true;
+  }
+  if (editing) return false;
+  if (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space) {
+    StartEdit();
+    return true;
+  }
+  if (event->matches(QKeySequence::Copy)) {
+    CopyToClipboard();
+    return true;
+  }
+  if (event->matches(QKeySequence::Paste)) {
+    Guarded([this]() { Paste(); });
+    return true;
+  }
+  return false;
+}
+
+void EditorState::ApplyFind() {
+  QString text = txtFind->text().trimmed();
+  for (const auto& [row, visible] : grid->RowVisibility(text)) {
+    DataGrid->setRowHidden(row.row(), row.parent(), !visible);
+  }
+  if (text.isEmpty()) DataGrid->expandAll();
 }
 
 void EditorState::DeleteDataItem() {

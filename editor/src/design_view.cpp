@@ -72,14 +72,12 @@ void EditorState::ConnectDesignView() {
 
 bool EditorState::eventFilter(QObject* watched, QEvent* event) {
   if (watched == grdFields->viewport() && event->type() == QEvent::Resize) SizeFieldColumns();
-  if (watched == static_cast<QObject*>(DataGrid) && event->type() == QEvent::KeyPress) {
-    // F1..F9 press the add button of that level.
-    int key = static_cast<QKeyEvent*>(event)->key();
-    if (key >= Qt::Key_F1 && key <= Qt::Key_F9) {
-      int index = key - Qt::Key_F1 + 1;
-      if (index <= static_cast<int>(cmdAdd.size())) AddButtonClicked(index);
-      return true;
-    }
+  if (event->type() == QEvent::KeyPress) {
+    auto* key = static_cast<QKeyEvent*>(event);
+    if (watched == static_cast<QObject*>(DataGrid)) return DataGridKey(key, false);
+    // The in-place editors of the outline sit in its viewport.
+    auto* widget = qobject_cast<QWidget*>(watched);
+    if (widget && widget->parentWidget() == DataGrid->viewport()) return DataGridKey(key, true);
   }
   bool step_box = watched == cboStep || (cboStep && watched == cboStep->lineEdit());
   if (step_box && event->type() == QEvent::FocusOut && !Loading) {

@@ -13,7 +13,25 @@ QWidget* EditDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem&
     int limit = max_length_(index);
     if (limit > 0) line->setMaxLength(limit);
   }
+  if (key_filter_) editor->installEventFilter(key_filter_);
   return editor;
+}
+
+void EditDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
+  QStyledItemDelegate::initStyleOption(option, index);
+  if (marked_ && marked_(index)) {
+    option->palette.setColor(QPalette::Text, Qt::blue);
+    option->palette.setColor(QPalette::HighlightedText, Qt::blue);
+  }
+}
+
+void EditDelegate::setEditorData(QWidget* editor, const QModelIndex& index) const {
+  auto* line = qobject_cast<QLineEdit*>(editor);
+  if (line && refused_text_) {
+    line->setText(*refused_text_);
+    return;
+  }
+  QStyledItemDelegate::setEditorData(editor, index);
 }
 
 void EditDelegate::setModelData(QWidget* editor, QAbstractItemModel* model,
@@ -28,18 +46,22 @@ void EditDelegate::setModelData(QWidget* editor, QAbstractItemModel* model,
     // The view closes the editor after this call; open a new one on the same
     // cell, holding the refused text, once it has.
     auto* view = qobject_cast<QAbstractItemView*>(parent());
+    refused_text_ = text;
     QPersistentModelIndex cell(index);
-    QTimer::singleShot(0, view, [view, cell, text]() {
-      if (!cell.isValid()) return;
-      view->setCurrentIndex(cell);
-      view->edit(cell);
-      if (auto* reopened = view->indexWidget(cell) ? nullptr : view->focusWidget()) {
-        if (auto* reopened_line = qobject_cast<QLineEdit*>(reopened)) reopened_line->setText(text);
+    QTimer::singleShot(0, view, [this, view, cell]() {
+      if (cell.isValid()) {
+        view->setCurrentIndex(cell);
+        view->edit(cell);
       }
+      refused_text_.reset();
     });
     return;
   }
-  model->setData(index, text, Qt::EditRole);
+  if (commit_) {
+    commit_(index, text);
+  } else {
+    model->setData(index, text, Qt::EditRole);
+  }
   if (after_edit_) after_edit_(index);
 }
 

@@ -5,6 +5,7 @@
 
 #include <QStyledItemDelegate>
 #include <functional>
+#include <optional>
 
 namespace zephyr::editor {
 
@@ -19,15 +20,25 @@ class EditDelegate : public QStyledItemDelegate {
   using Refuse = std::function<bool(const QModelIndex&, QString&)>;
   // Runs once the text has reached the model.
   using AfterEdit = std::function<void(const QModelIndex&)>;
+  // Takes the accepted text in place of the model's setData.
+  using Commit = std::function<void(const QModelIndex&, const QString&)>;
 
   explicit EditDelegate(QObject* parent = nullptr) : QStyledItemDelegate(parent) {}
 
   void SetMaxLength(MaxLength max_length) { max_length_ = std::move(max_length); }
   void SetRefuse(Refuse refuse) { refuse_ = std::move(refuse); }
   void SetAfterEdit(AfterEdit after_edit) { after_edit_ = std::move(after_edit); }
+  void SetCommit(Commit commit) { commit_ = std::move(commit); }
+  // Cells drawn in blue: the marked ones.
+  void SetMarked(std::function<bool(const QModelIndex&)> marked) { marked_ = std::move(marked); }
+  // Sees the key presses of every editor this delegate opens.
+  void SetKeyFilter(QObject* filter) { key_filter_ = filter; }
 
   QWidget* createEditor(QWidget* parent, const QStyleOptionViewItem& option,
                         const QModelIndex& index) const override;
+  void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override;
+  // A reopened editor shows the refused text again, not the model's.
+  void setEditorData(QWidget* editor, const QModelIndex& index) const override;
   void setModelData(QWidget* editor, QAbstractItemModel* model,
                     const QModelIndex& index) const override;
 
@@ -35,6 +46,10 @@ class EditDelegate : public QStyledItemDelegate {
   MaxLength max_length_;
   Refuse refuse_;
   AfterEdit after_edit_;
+  Commit commit_;
+  QObject* key_filter_ = nullptr;
+  mutable std::optional<QString> refused_text_;
+  std::function<bool(const QModelIndex&)> marked_;
 };
 
 }  // namespace zephyr::editor

@@ -13,6 +13,7 @@
 #include "zephyr/editor/design_list_models.h"
 #include "zephyr/editor/new_key_prompt.h"
 #include "zephyr/editor/popup_control_edit.h"
+#include "zephyr/support/errors.h"
 
 class QAction;
 class QComboBox;
@@ -23,8 +24,10 @@ class QLineEdit;
 class QMenu;
 class QPushButton;
 class QTableView;
+class QTimer;
 class QToolButton;
 class QTreeView;
+class QKeyEvent;
 
 namespace zephyr::editor {
 
@@ -94,6 +97,15 @@ class EditorState : public QObject {
   void ShowItemMenu(const QPoint& position);
   void SelectItemRow(const std::shared_ptr<PopupItem>& item);
   void DeleteDataItem();
+  // In-place editing of the outline.
+  bool BeforeEdit(const QModelIndex& cell);
+  void StartEdit();
+  int MaxEditLength(const QModelIndex& cell);
+  bool DataEditRefused(const QModelIndex& cell, QString& text);
+  void DataAfterEdit(const QModelIndex& cell, const QString& text);
+  bool DataGridKey(QKeyEvent* event, bool editing);
+  // Find: shows only the rows matching the text, with their ancestors.
+  void ApplyFind();
 
   // --- item operations ---
   void AddChild();
@@ -105,6 +117,17 @@ class EditorState : public QObject {
   int16_t AskNewKey(const PopupItems& siblings);
   int16_t KeyStep() const;
   void AddGridRow(const QModelIndex& parent_row, const std::shared_ptr<PopupItem>& item);
+  std::shared_ptr<PopupItem> AddSiblingItem(const std::shared_ptr<PopupItem>& current);
+  QModelIndex ParentRowOf(const PopupItem& item);
+  void CopyPopupItem();
+  void CopyPopupItemW_Children();
+  void CloneNewItem(const std::shared_ptr<PopupItem>& target,
+                    const std::shared_ptr<PopupItem>& source);
+  void Paste();
+  void CopyToClipboard();
+  // Runs a user's command; an error it raises is told, not thrown on.
+  template <typename Command>
+  void Guarded(Command&& command);
 
   // --- validation and saving ---
   bool Validate();
@@ -176,6 +199,8 @@ class EditorState : public QObject {
   QComboBox* cboStep = nullptr;
   QPushButton* cmdDelete = nullptr;
   QTreeView* DataGrid = nullptr;
+  QLineEdit* txtFind = nullptr;
+  QTimer* find_timer = nullptr;
   QLabel* Label1 = nullptr;
   QMenu* mnuPopupAction = nullptr;
   QAction* mnuAddChild = nullptr;
@@ -187,6 +212,16 @@ class EditorState : public QObject {
   QAction* mnuPaste = nullptr;
   QAction* mnuDelete = nullptr;
 };
+
+template <typename Command>
+void EditorState::Guarded(Command&& command) {
+  try {
+    command();
+  } catch (const Error& error) {
+    Tell("Run-time error '" + std::to_string(error.Number()) + "':\r\n\r\n" + error.Description(),
+         MessageButtons::kOk, {}, MessageIcon::kCritical);
+  }
+}
 
 }  // namespace zephyr::editor
 

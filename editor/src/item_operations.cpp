@@ -4,6 +4,7 @@
 #include <QTreeView>
 
 #include "editor_state.h"
+#include "zephyr/runtime/item_access.h"
 #include "zephyr/support/debug_log.h"
 #include "zephyr/support/text.h"
 
@@ -96,7 +97,6 @@ void EditorState::AddGridRow(const QModelIndex& parent_row,
   grid->SortChildren(row.parent());
   DataGrid->expand(row.parent());
   SelectItemRow(item);
-  DataGrid->setFocus();
 }
 
 void EditorState::AddChild() {
@@ -123,32 +123,117 @@ void EditorState::AddChild() {
     return;
   }
   AddGridRow(parent_row, added);
+  DataGrid->setFocus();
   EnableDisable();
+}
+
+std::shared_ptr<PopupItem> EditorState::AddSiblingItem(const std::shared_ptr<PopupItem>& current) {
+  AddParent = nullptr;
+  AddLevel = current->Level();
+  if (current->Level() == 1) {
+    // Top-level items are appended after the last one, not after this one.
+    return AddpopupDataItem(popup->PopupItems(), KeyStep(), "", "");
+  }
+  AddParent = current->Parent();
+  if (!AddParent) return nullptr;
+  return AddpopupDataItem(AddParent->Children(), KeyStep(), AddParent->PopupKey(),
+                          LastTwo(current->PopupKey()));
+}
+
+QModelIndex EditorState::ParentRowOf(const PopupItem& item) {
+  if (item.Level() == 1) return grid->TitleIndex();
+  auto parent = item.Parent();
+  return parent ? grid->IndexOfIdentity(parent->Identity()) : QModelIndex();
 }
 
 void EditorState::AddSibling() {
   DebugLog(kEditModule, "AddSibling", "Start");
-  AddParent = nullptr;
   auto current = CurrentItem();
   if (!current) return;
-  AddLevel = current->Level();
-  std::shared_ptr<PopupItem> added;
-  if (current->Level() != 1) {
-    AddParent = current->Parent();
-    if (!AddParent) return;
-    added = AddpopupDataItem(AddParent->Children(), KeyStep(), AddParent->PopupKey(),
-                             LastTwo(current->PopupKey()));
-  } else {
-    // Top-level items are appended after the last one, not after this one.
-    added = AddpopupDataItem(popup->PopupItems(), KeyStep(), "", "");
-  }
+  auto added = AddSiblingItem(current);
   if (!added) {
     SetDataChanged(true);
     return;
   }
-  QModelIndex parent_row =
-      added->Level() == 1 ? grid->TitleIndex() : grid->IndexOfIdentity(AddParent->Identity());
-  AddGridRow(parent_row, added);
+  AddGridRow(ParentRowOf(*added), added);
+  DataGrid->setFocus();
+}
+
+void EditorState::CopyPopupItem() {
+  DebugLog(kEditModule, "CopyPopupItem", "Start");
+  auto current = CurrentItem();
+  if (!current) return;
+  // A fresh sibling: the menu says copy, but nothing of the item is copied.
+  auto added = AddSiblingItem(current);
+  if (added) AddGridRow(ParentRowOf(*added), added);
+}
+
+void EditorState::CopyPopupItemW_Children() {
+  DebugLog(kEditModule, "CopyPopupItemW_Children", "Start");
+  auto source = CurrentItem();
+  if (!source) return;
+  auto added = AddSiblingItem(source);
+  if (!added) return;
+  std::string code = LastTwo(added->PopupKey());
+  CloneNewItem(added, source);
+  popup->ModifyKey(code, added, added->Level());
+  QModelIndex row = grid->AppendRow(ParentRowOf(*added), added->Identity());
+  grid->AppendBranch(row, *added);
+  SortTree();
+  QModelIndex copied = grid->IndexOfIdentity(added->Identity());
+  DataGrid->expand(copied.parent());
+  DataGrid->expandRecursively(copied);
+  SelectItemRow(added);
+}
+
+void EditorState::CloneNewItem(const std::shared_ptr<PopupItem>& target,
+                               const std::shared_ptr<PopupItem>& source) {
+  DebugLog(kEditModule, "CloneNewItem", "Start");
+  std::string pattern(2 * static_cast<size_t>(popup->Levels()), ' ');
+  ItemAccess::SetLevel(*target, source->Level());
+  target->PopupKey(source->PopupKey());
+  ItemAccess::SetLoadedKey(*target, ItemAccess::LoadedKey(*source));
+  auto values = target->PopupValues();
+  while (values->Count() > 0) values->Remove(Variant(values->Count()));
+  for (const auto& value : *source->PopupValues()) values->Add(value->Value());
+  std::string path = RemoveBlanks(target->PopupKey());
+  pattern.replace(0, std::min(path.size(), pattern.size()), path.substr(0, pattern.size()));
+  if (!source->HasChildren()) return;
+  // The provisional key takes the two characters before the last two of the
+  // pattern: it only has to let the Add through; the re-key follows.
+  std::string prefix = pattern.size() >= 3 ? pattern.substr(pattern.size() - 3, 2) : pattern;
+  for (const auto& source_child : *source->Children()) {
+    auto child = target->Children()->Add(prefix + LastTwo(source_child->PopupKey()));
+    child->Parent(target);
+    CloneNewItem(child, source_child);
+  }
+}
+
+void EditorState::Paste() {
+  DebugLog(kEditModule, "mnuPaste_Click", "Start");
+  double number = 0;
+  if (!ParseNumber(clipboard->Text(), &number)) return;
+  popup->SetSelectedItem(std::to_string(ToInt32Checked(number)));
+  auto copied = popup->SelectedItem();
+  if (!copied) return;
+  std::shared_ptr<PopupItem> pasted;
+  if (copied->Level() != 1) {
+    auto parent = copied->Parent();
+    if (!parent) return;
+    pasted = parent->Children()->Add(copied->PopupKey());
+    pasted->Parent(parent);
+  } else {
+    pasted = popup->PopupItems()->Add(copied->PopupKey());
+  }
+  ItemAccess::SetLevel(*pasted, copied->Level());
+  LoadDataGrid();
+}
+
+void EditorState::CopyToClipboard() {
+  if (auto item = CurrentItem(); item && !CurrentIsTitle()) {
+    clipboard->SetText(std::to_string(item->Identity()));
+    EnableDisable();
+  }
 }
 
 }  // namespace zephyr::editor

@@ -2,8 +2,6 @@
 // switching views and enabling the data view's commands.
 #include "zephyr/editor/popup_control_edit.h"
 
-#include <algorithm>
-
 #include <QAction>
 #include <QComboBox>
 #include <QGroupBox>
@@ -13,10 +11,13 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QShortcut>
 #include <QTableView>
+#include <QTimer>
 #include <QToolButton>
 #include <QTreeView>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "editor_state.h"
 #include "tab_strip.h"
@@ -182,6 +183,17 @@ void EditorState::BuildControls() {
   step->addWidget(cmdDelete);
   commands->addWidget(fraStepDelete);
   data->addLayout(commands);
+  txtFind = Named(new QLineEdit(FraDataMode), "txtFind");
+  txtFind->setPlaceholderText(
+      QStringLiteral("Find (Ctrl+F): show the items whose key or values hold this text"));
+  txtFind->setClearButtonEnabled(true);
+  data->addWidget(txtFind);
+  find_timer = new QTimer(this);
+  find_timer->setSingleShot(true);
+  find_timer->setInterval(150);
+  auto* find = new QShortcut(QKeySequence::Find, q);
+  find->setContext(Qt::WidgetWithChildrenShortcut);
+  connect(find, &QShortcut::activated, q, &PopupControlEdit::FocusFind);
   DataGrid = Named(new QTreeView(FraDataMode), "DataGrid");
   DataGrid->setModel(grid);
   DataGrid->setSelectionBehavior(QAbstractItemView::SelectItems);
@@ -189,6 +201,7 @@ void EditorState::BuildControls() {
   DataGrid->setEditTriggers(QAbstractItemView::NoEditTriggers);
   DataGrid->setUniformRowHeights(true);
   DataGrid->setContextMenuPolicy(Qt::CustomContextMenu);
+  DataGrid->setExpandsOnDoubleClick(false);
   DataGrid->header()->setStretchLastSection(false);
   data->addWidget(DataGrid, 1);
   Label1 = Named(new QLabel(FraDataMode), "Label1");
@@ -481,13 +494,31 @@ void PopupControlEdit::EditBackColor(uint color) {
 }
 
 void PopupControlEdit::AddChild() {
-  state_->AddChild();
+  state_->Guarded([this]() { state_->AddChild(); });
   state_->EnableDisable();
 }
 
 void PopupControlEdit::AddSibling() {
-  state_->AddSibling();
+  state_->Guarded([this]() { state_->AddSibling(); });
   state_->EnableDisable();
+}
+
+void PopupControlEdit::CopyCurrentItem() {
+  if (state_->DataMode) state_->CopyToClipboard();
+}
+
+void PopupControlEdit::PasteItem() {
+  if (state_->DataMode) state_->Guarded([this]() { state_->Paste(); });
+}
+
+void PopupControlEdit::DeleteCurrentItem() {
+  if (state_->DataMode) state_->Guarded([this]() { state_->DeleteDataItem(); });
+}
+
+void PopupControlEdit::FocusFind() {
+  if (!state_->DataMode) return;
+  state_->txtFind->setFocus();
+  state_->txtFind->selectAll();
 }
 
 void PopupControlEdit::ReadProperties(const PropertyBag& bag) {

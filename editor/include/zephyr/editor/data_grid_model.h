@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <memory>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "zephyr/runtime/popup_class.h"
@@ -33,6 +34,9 @@ class DataGridModel : public QAbstractItemModel {
   Q_OBJECT
 
  public:
+  // True on the key cell of a row whose key the user changed.
+  static constexpr int kKeyChangedRole = Qt::UserRole + 1;
+
   explicit DataGridModel(QObject* parent = nullptr);
   ~DataGridModel() override;
 
@@ -47,8 +51,22 @@ class DataGridModel : public QAbstractItemModel {
   // Adds a row for an item as the last child of a row; Sort_Tree or
   // SortChildren then puts it in its place.
   QModelIndex AppendRow(const QModelIndex& parent, int32_t identity);
+  // Adds rows for every descendant of the item under its row, depth first
+  // in collection order.
+  void AppendBranch(const QModelIndex& row, PopupItem& item);
   // Removes a row and the rows of its whole branch.
   void RemoveRow(const QModelIndex& index);
+
+  // Writes a cell of an item row into the item: column c >= 1 is value c.
+  // Column 0, the key, changes only through the popup's ModifyKey; call
+  // KeyChanged afterwards.
+  bool SetValue(const QModelIndex& index, const std::string& text);
+  // Marks the row's key as changed (shown in blue) and refreshes it.
+  void KeyChanged(const QModelIndex& index);
+
+  // The rows whose key or a value contains the text (ignoring case), with
+  // all their ancestors; every row for an empty text. Visits every row once.
+  std::vector<std::pair<QModelIndex, bool>> RowVisibility(const QString& text) const;
 
   QModelIndex TitleIndex() const;
   // The row of an item, or an invalid index when it has none.
@@ -75,11 +93,13 @@ class DataGridModel : public QAbstractItemModel {
   void AddItems(GridNode& parent, PopupItems& items);
   void SortNode(GridNode& node);
   void Forget(const GridNode& node);
+  bool Matches(const GridNode& node, const QString& text) const;
 
   std::shared_ptr<PopupClass> popup_;
   std::vector<QString> headings_;
   std::unique_ptr<GridNode> title_;
   std::unordered_map<int32_t, GridNode*> nodes_;
+  std::unordered_set<int32_t> rekeyed_;
 };
 
 }  // namespace zephyr::editor

@@ -99,6 +99,16 @@ class PopupControlEdit : public QWidget {
   void AddChild();
   void AddSibling();
 
+  // The data view's commands, for a host's menus; nothing in the design view.
+  // Puts the current item's identity on the clipboard, for Paste.
+  void CopyCurrentItem();
+  // Pastes the item whose identity the clipboard holds.
+  void PasteItem();
+  // Deletes the current item and its branch, after asking.
+  void DeleteCurrentItem();
+  // Moves the focus to the find box above the outline.
+  void FocusFind();
+
   // The persisted property "EditBackColor".
   void ReadProperties(const PropertyBag& bag);
   void WriteProperties(PropertyBag& bag) const;
