@@ -55,7 +55,7 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
                   [this]() { editor_->ShowView(true); });
 
   QSettings settings;
-  restoreGeometry(settings.value("window/geometry").toByteArray());
+  if (!restoreGeometry(settings.value("window/geometry").toByteArray())) resize(960, 640);
   recent_ = settings.value("recentFiles").toStringList();
   editor::PropertyBag bag;
   if (settings.contains(editor::kEditBackColorProperty)) {

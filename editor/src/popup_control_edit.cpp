@@ -296,6 +296,8 @@ void EditorState::LoadDataMode() {
   Loading = false;
   ResizeControls();
   LoadDataGrid();
+  // The outline takes the keys (F1..F9, Enter) from the start.
+  DataGrid->setFocus();
 }
 
 bool EditorState::TabBeforeClick(int target) {
