@@ -1,0 +1,237 @@
+// The editor widget at scale, shown offscreen: opening a popup until the
+// outline is filled, sorted and expanded (against PopupClass::OpenPopup alone
+// in the same run), the memory the outline adds per item, single edits in a
+// 100,000-item tree, and saving in outline order (against saving through
+// PopupClass alone).
+#include <benchmark/benchmark.h>
+#include <unistd.h>
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QTest>
+#include <QTreeView>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "zephyr/editor/popup_control_edit.h"
+#include "zephyr/runtime/popup_key.h"
+
+namespace zephyr::bench {
+namespace {
+
+// Items per level below each parent: 101,110 and 1,008,310 items in four levels.
+std::vector<int> Shape(int64_t items) {
+  if (items >= 1'000'000) return {10, 30, 35, 95};
+  return {10, 10, 10, 99};
+}
+
+std::string Folder() {
+  static const std::string folder = [] {
+    auto path = std::filesystem::temp_directory_path() / "zephyr-bench-editor";
+    std::filesystem::create_directories(path);
+    return path.string();
+  }();
+  return folder;
+}
+
+std::string NameOf(int64_t items) {
+  return "E" + std::to_string(items);
+}
+
+void AddLevel(PopupClass& popup, const std::shared_ptr<PopupItem>& parent, const std::string& path,
+              const std::vector<int>& shape, size_t depth) {
+  for (int code = 1; code <= shape[depth]; ++code) {
+    char own[3];
+    std::snprintf(own, sizeof own, "%02d", code);
+    std::string compact = path + own;
+    auto item = popup.AddItem(parent, FormatStoredKey(compact, 4),
+                              {"Item " + compact, "note " + std::to_string(code)});
+    if (depth + 1 < shape.size()) AddLevel(popup, item, compact, shape, depth + 1);
+  }
+}
+
+// Writes the popup once; later runs reuse it.
+std::string MakePopup(int64_t items) {
+  std::string name = NameOf(items);
+  if (std::filesystem::exists(Folder() + "/" + name + ".ZPD")) return name;
+  PopupClass popup;
+  popup.PopupPath(Folder());
+  popup.DataSource(name);
+  popup.Title("Benchmark");
+  popup.ReplaceLevels({{Variant("A"), 1}, {Variant("B"), 2}, {Variant("C"), 3}, {Variant("D"), 4}});
+  popup.ReplaceFields({{"Description", 40, 0, 1}, {"Note", 20, 0, 2}});
+  AddLevel(popup, nullptr, "", Shape(items), 0);
+  SavePopupInTreeOrder(popup);
+  return name;
+}
+
+int64_t ResidentBytes() {
+  long pages = 0, resident = 0;
+  std::ifstream("/proc/self/statm") >> pages >> resident;
+  return resident * ::sysconf(_SC_PAGESIZE);
+}
+
+std::unique_ptr<editor::PopupControlEdit> ShownEditor() {
+  auto editor = std::make_unique<editor::PopupControlEdit>();
+  editor->SetProgress(std::make_shared<NoProgress>());
+  editor->SetMessageBox(std::make_shared<StderrMessageBox>());
+  editor->resize(900, 600);
+  editor->show();
+  return editor;
+}
+
+int64_t CountItems(PopupItems& items) {
+  int64_t count = 0;
+  for (const auto& item : items) {
+    ++count;
+    if (item->HasChildren()) count += CountItems(*item->Children());
+  }
+  return count;
+}
+
+// The baseline: the popup's own load.
+void BM_PopupClassOpen(benchmark::State& state) {
+  std::string name = MakePopup(state.range(0));
+  int64_t held = 0, items = 0;
+  for (auto _ : state) {
+    int64_t before = ResidentBytes();
+    PopupClass popup;
+    popup.PopupPath(Folder());
+    popup.DataSource(name);
+    popup.OpenPopup();
+    held = ResidentBytes() - before;
+    state.PauseTiming();
+    items = CountItems(*popup.PopupItems());
+    state.ResumeTiming();
+  }
+  state.counters["items"] = static_cast<double>(items);
+  state.counters["bytes_per_item"] = static_cast<double>(held) / static_cast<double>(items);
+}
+
+// Open until the outline is filled, sorted, expanded and painted once.
+void BM_EditorOpen(benchmark::State& state) {
+  std::string name = MakePopup(state.range(0));
+  int64_t held = 0, items = 0;
+  for (auto _ : state) {
+    auto editor = ShownEditor();
+    int64_t before = ResidentBytes();
+    editor->OpenPopup(Folder(), name);
+    QApplication::processEvents();
+    held = ResidentBytes() - before;
+    state.PauseTiming();
+    items = CountItems(*editor->Popup()->PopupItems());
+    editor.reset();
+    state.ResumeTiming();
+  }
+  state.counters["items"] = static_cast<double>(items);
+  // Compare with BM_PopupClassOpen's bytes_per_item: the difference is the outline's.
+  state.counters["bytes_per_item"] = static_cast<double>(held) / static_cast<double>(items);
+}
+
+class EditFixture : public benchmark::Fixture {
+ public:
+  void SetUp(const benchmark::State&) override {
+    editor = ShownEditor();
+    editor->OpenPopup(Folder(), MakePopup(100'000));
+    grid = editor->findChild<QTreeView*>("DataGrid");
+    grid->setFocus();
+  }
+  void TearDown(const benchmark::State&) override { editor.reset(); }
+
+  // The first item of a level-3 set of siblings deep in the tree.
+  QModelIndex DeepRow() {
+    QAbstractItemModel* model = grid->model();
+    QModelIndex row = model->index(0, 0);
+    for (int depth = 0; depth < 3; ++depth) row = model->index(5, 0, row);
+    return row;
+  }
+
+  std::unique_ptr<editor::PopupControlEdit> editor;
+  QTreeView* grid = nullptr;
+};
+
+BENCHMARK_F(EditFixture, AddChild)(benchmark::State& state) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    grid->setCurrentIndex(grid->model()->index(0, 0));  // the title row: a new top-level item
+    state.ResumeTiming();
+    editor->AddChild();
+  }
+}
+
+BENCHMARK_F(EditFixture, AddSibling)(benchmark::State& state) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    grid->setCurrentIndex(DeepRow());
+    state.ResumeTiming();
+    editor->AddSibling();
+  }
+}
+
+// Typing a new code into a key cell: the check, ModifyKey and the re-sort.
+BENCHMARK_F(EditFixture, KeyChange)(benchmark::State& state) {
+  int code = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    QModelIndex row = DeepRow();
+    grid->setCurrentIndex(row);
+    char typed[3];
+    std::snprintf(typed, sizeof typed, "%02d", 50 + (code++ % 40));
+    state.ResumeTiming();
+    QTest::keyClick(grid, Qt::Key_Return);
+    auto* line = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+    if (!line) {
+      state.SkipWithError("no editor opened");
+      break;
+    }
+    line->setText(typed);
+    QTest::keyClick(line, Qt::Key_Return);
+    state.PauseTiming();
+    // Leave the value cell the key entry flows into.
+    QApplication::processEvents();
+    if (auto* value = qobject_cast<QLineEdit*>(QApplication::focusWidget())) {
+      QTest::keyClick(value, Qt::Key_Escape);
+    }
+    state.ResumeTiming();
+  }
+}
+
+void BM_EditorSaveData(benchmark::State& state) {
+  auto editor = ShownEditor();
+  editor->OpenPopup(Folder(), MakePopup(state.range(0)));
+  editor->Popup()->DataSource(NameOf(state.range(0)) + "-editor");
+  for (auto _ : state) editor->SaveData();
+}
+
+void BM_PopupClassSave(benchmark::State& state) {
+  PopupClass popup;
+  popup.PopupPath(Folder());
+  popup.DataSource(MakePopup(state.range(0)));
+  popup.OpenPopup();
+  popup.DataSource(NameOf(state.range(0)) + "-class");
+  for (auto _ : state) SavePopupInTreeOrder(popup);
+}
+
+BENCHMARK(BM_PopupClassOpen)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_EditorOpen)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
+BENCHMARK_REGISTER_F(EditFixture, AddChild)->Unit(benchmark::kMillisecond)->Iterations(20);
+BENCHMARK_REGISTER_F(EditFixture, AddSibling)->Unit(benchmark::kMillisecond)->Iterations(20);
+BENCHMARK_REGISTER_F(EditFixture, KeyChange)->Unit(benchmark::kMillisecond)->Iterations(20);
+BENCHMARK(BM_PopupClassSave)->Arg(100'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_EditorSaveData)->Arg(100'000)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace zephyr::bench
+
+int main(int argc, char** argv) {
+  if (!std::getenv("QT_QPA_PLATFORM")) setenv("QT_QPA_PLATFORM", "offscreen", 1);
+  QApplication app(argc, argv);
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}
