@@ -141,6 +141,31 @@ QModelIndex DataGridModel::AppendRow(const QModelIndex& parent, int32_t identity
   return createIndex(row, 0, static_cast<quintptr>(identity));
 }
 
+QModelIndex DataGridModel::InsertRowInOrder(const QModelIndex& parent, int32_t identity) {
+  GridNode* node = NodeOf(parent);
+  auto item = FindItemByIdentity(identity);
+  if (!node || !item) return {};
+  std::string code = OwnCode(item->PopupKey());
+  // After every sibling whose code is not greater, as a stable sort puts it.
+  auto place = std::upper_bound(
+      node->children.begin(), node->children.end(), code,
+      [](const std::string& wanted, const std::unique_ptr<GridNode>& child) {
+        auto sibling = FindItemByIdentity(child->identity);
+        return wanted < (sibling ? OwnCode(sibling->PopupKey()) : std::string());
+      });
+  int row = static_cast<int>(place - node->children.begin());
+  QModelIndex parent_cell = createIndex(node->row, 0, static_cast<quintptr>(node->identity));
+  beginInsertRows(parent_cell, row, row);
+  auto child = std::make_unique<GridNode>();
+  child->identity = identity;
+  child->parent = node;
+  nodes_[identity] = child.get();
+  node->children.insert(node->children.begin() + row, std::move(child));
+  Renumber(*node);
+  endInsertRows();
+  return createIndex(row, 0, static_cast<quintptr>(identity));
+}
+
 void DataGridModel::AppendBranch(const QModelIndex& row, PopupItem& item) {
   if (!item.HasChildren()) return;
   for (const auto& child : *item.Children()) {

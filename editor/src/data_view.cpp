@@ -85,10 +85,14 @@ void EditorState::DataRowChanged() {
   if (!current.isValid()) return;
   EnableDisable();
   CurrentItem();
-  QPalette palette = DataGrid->palette();
-  palette.setColor(QPalette::Highlight, ToQColor(EditBackColor, q->palette()));
-  palette.setColor(QPalette::HighlightedText, q->palette().color(QPalette::ButtonText));
-  DataGrid->setPalette(palette);
+  // A palette change repolishes the whole view: only when the colour moved.
+  QColor selection = ToQColor(EditBackColor, q->palette());
+  if (DataGrid->palette().color(QPalette::Highlight) != selection) {
+    QPalette palette = DataGrid->palette();
+    palette.setColor(QPalette::Highlight, selection);
+    palette.setColor(QPalette::HighlightedText, q->palette().color(QPalette::ButtonText));
+    DataGrid->setPalette(palette);
+  }
   if (!CurrentIsTitle()) cmdDelete->setEnabled(true);
 }
 

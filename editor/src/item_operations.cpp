@@ -92,9 +92,8 @@ std::shared_ptr<PopupItem> EditorState::AddpopupDataItem(
 
 void EditorState::AddGridRow(const QModelIndex& parent_row,
                              const std::shared_ptr<PopupItem>& item) {
-  QModelIndex row = grid->AppendRow(parent_row, item->Identity());
-  // Only the new row's siblings can be out of order.
-  grid->SortChildren(row.parent());
+  // The outline is in code order, so the new row goes straight to its place.
+  QModelIndex row = grid->InsertRowInOrder(parent_row, item->Identity());
   DataGrid->expand(row.parent());
   SelectItemRow(item);
 }

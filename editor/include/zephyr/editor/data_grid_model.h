@@ -51,6 +51,9 @@ class DataGridModel : public QAbstractItemModel {
   // Adds a row for an item as the last child of a row; Sort_Tree or
   // SortChildren then puts it in its place.
   QModelIndex AppendRow(const QModelIndex& parent, int32_t identity);
+  // Adds a row for an item among the children of a row, at its place in code
+  // order when those children are in code order.
+  QModelIndex InsertRowInOrder(const QModelIndex& parent, int32_t identity);
   // Adds rows for every descendant of the item under its row, depth first
   // in collection order.
   void AppendBranch(const QModelIndex& row, PopupItem& item);
