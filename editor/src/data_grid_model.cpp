@@ -147,12 +147,12 @@ QModelIndex DataGridModel::InsertRowInOrder(const QModelIndex& parent, int32_t i
   if (!node || !item) return {};
   std::string code = OwnCode(item->PopupKey());
   // After every sibling whose code is not greater, as a stable sort puts it.
-  auto place = std::upper_bound(
-      node->children.begin(), node->children.end(), code,
-      [](const std::string& wanted, const std::unique_ptr<GridNode>& child) {
-        auto sibling = FindItemByIdentity(child->identity);
-        return wanted < (sibling ? OwnCode(sibling->PopupKey()) : std::string());
-      });
+  auto place =
+      std::upper_bound(node->children.begin(), node->children.end(), code,
+                       [](const std::string& wanted, const std::unique_ptr<GridNode>& child) {
+                         auto sibling = FindItemByIdentity(child->identity);
+                         return wanted < (sibling ? OwnCode(sibling->PopupKey()) : std::string());
+                       });
   int row = static_cast<int>(place - node->children.begin());
   QModelIndex parent_cell = createIndex(node->row, 0, static_cast<quintptr>(node->identity));
   beginInsertRows(parent_cell, row, row);

@@ -64,11 +64,16 @@ void EditorState::ConnectDataView() {
 
 void EditorState::LoadDataGrid() {
   DebugLog(kEditModule, "LoadDataGrid", "Start");
-  grid->Load(popup);
-  SortTree();
-  DataGrid->expandAll();
-  for (int column = 0; column < grid->columnCount(); ++column) {
-    DataGrid->resizeColumnToContents(column);
+  // Opening fills the outline up to three times over an unchanged popup; the
+  // first fill stands for the others.
+  if (!(Opening && filled_while_opening)) {
+    grid->Load(popup);
+    SortTree();
+    DataGrid->expandAll();
+    for (int column = 0; column < grid->columnCount(); ++column) {
+      DataGrid->resizeColumnToContents(column);
+    }
+    filled_while_opening = Opening;
   }
   DataGrid->setCurrentIndex(grid->TitleIndex());
   RebuildAddButtons();

@@ -154,6 +154,8 @@ class EditorState : public QObject {
   bool Opening = false;
   bool FieldsChanged = false;
   bool LevelsChanged = false;
+  // The outline was filled during the OpenPopup under way.
+  bool filled_while_opening = false;
   uint32_t EditBackColor = kDefaultEditBackColor;
   // The level and parent the next new item receives.
   int16_t AddLevel = 0;

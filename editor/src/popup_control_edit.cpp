@@ -247,6 +247,7 @@ MessageAnswer EditorState::Tell(const std::string& prompt, MessageButtons button
 
 void EditorState::OpenPopup(const std::string& path, const std::string& file) {
   Opening = true;
+  filled_while_opening = false;
   struct OpeningDone {
     bool& flag;
     ~OpeningDone() { flag = false; }
