@@ -7,6 +7,7 @@
 
 #include "editor_fixture.h"
 #include "zephyr/editor/data_grid_model.h"
+#include "zephyr/editor/new_key_dialog.h"
 #include "zephyr/table/dbase.h"
 
 using zephyr::MessageAnswer;
@@ -155,6 +156,26 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
              std::string("Nashi"));
     find->clear();
     QTRY_COMPARE(Outline().size(), 6);
+  }
+
+  void newKeyDialogPadsAndRefusesBlankOrNonNumericCodes() {
+    zephyr::editor::NewKeyDialog dialog(messages);
+    auto* code = dialog.findChild<QLineEdit*>("txtNewKey");
+    auto* ok = dialog.findChild<QPushButton*>("OKButton");
+    QCOMPARE(dialog.windowTitle(), QString("Invalid Key Step"));
+    QCOMPARE(dialog.NewKey(), std::string("-1"));
+    for (const char* refused : {"  ", "a1"}) {
+      code->setText(refused);
+      QTest::mouseClick(ok, Qt::LeftButton);
+    }
+    QCOMPARE(Prompts(), (std::vector<std::string>{
+                            "Key cannot be blank. Please enter a unique number between 1-99",
+                            "Key must be a numeric. Please enter a unique number between 1-99"}));
+    QCOMPARE(dialog.NewKey(), std::string("-1"));
+    code->setText("7");
+    QTest::mouseClick(ok, Qt::LeftButton);
+    QCOMPARE(dialog.NewKey(), std::string("07"));
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
   }
 
   void savingWritesTheRowsInOutlineOrder() {
