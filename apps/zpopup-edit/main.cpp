@@ -72,5 +72,6 @@ int main(int argc, char** argv) {
   }
   if (parser.isSet(screenshot)) return Screenshot(window, parser.value(screenshot), view_name);
   window.show();
+  if (popups.isEmpty()) window.Editor()->OpenPopup("", "");  // a new popup, title first
   return app.exec();
 }

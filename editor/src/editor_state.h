@@ -222,6 +222,10 @@ void EditorState::Guarded(Command&& command) {
   } catch (const Error& error) {
     Tell("Run-time error '" + std::to_string(error.Number()) + "':\r\n\r\n" + error.Description(),
          MessageButtons::kOk, {}, MessageIcon::kCritical);
+  } catch (const std::exception& error) {
+    // Nothing may unwind through the event loop.
+    Tell(std::string("Unexpected error: ") + error.what(), MessageButtons::kOk, {},
+         MessageIcon::kCritical);
   }
 }
 

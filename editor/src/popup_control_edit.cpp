@@ -149,6 +149,9 @@ void EditorState::BuildControls() {
     view->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
                           QAbstractItemView::AnyKeyPressed);
     view->verticalHeader()->setVisible(false);
+    // Tab leaves the grid for its buttons, so the design can be made from
+    // the keyboard.
+    view->setTabKeyNavigation(false);
     view->horizontalHeader()->setHighlightSections(false);
   }
   grdLevels->setModel(LevelList);
@@ -191,6 +194,13 @@ void EditorState::BuildControls() {
   find_timer = new QTimer(this);
   find_timer->setSingleShot(true);
   find_timer->setInterval(150);
+  // Ctrl+PgUp / Ctrl+PgDown switch views as a click on the tabs does.
+  auto* previous = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_PageUp), q);
+  previous->setContext(Qt::WidgetWithChildrenShortcut);
+  connect(previous, &QShortcut::activated, q, [this]() { q->ShowView(false); });
+  auto* next = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_PageDown), q);
+  next->setContext(Qt::WidgetWithChildrenShortcut);
+  connect(next, &QShortcut::activated, q, [this]() { q->ShowView(true); });
   auto* find = new QShortcut(QKeySequence::Find, q);
   find->setContext(Qt::WidgetWithChildrenShortcut);
   connect(find, &QShortcut::activated, q, &PopupControlEdit::FocusFind);
@@ -270,6 +280,7 @@ void EditorState::OpenPopup(const std::string& path, const std::string& file) {
     LoadTemplateData();
     tbsZephyrPopup->SelectTab(kDesignTab);
     LoadDesignMode();
+    txtTitle->setFocus();  // a new popup starts with its title
   }
 }
 
