@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "node_index.h"
 #include "zephyr/editor/design_list_models.h"
 
 namespace zephyr::editor {
@@ -20,7 +21,8 @@ void Renumber(GridNode& node) {
 
 }  // namespace
 
-DataGridModel::DataGridModel(QObject* parent) : QAbstractItemModel(parent) {}
+DataGridModel::DataGridModel(QObject* parent)
+    : QAbstractItemModel(parent), nodes_(std::make_unique<NodeIndex>()) {}
 
 DataGridModel::~DataGridModel() = default;
 
@@ -29,7 +31,7 @@ void DataGridModel::Load(std::shared_ptr<PopupClass> popup) {
   popup_ = std::move(popup);
   headings_.clear();
   for (const auto& field : *popup_->PopupFields()) headings_.push_back(ToQString(field->Name()));
-  nodes_.clear();
+  nodes_->Clear();
   rekeyed_.clear();
   title_ = std::make_unique<GridNode>();
   AddItems(*title_, *popup_->PopupItems());
@@ -58,7 +60,7 @@ void DataGridModel::AddItems(GridNode& parent, PopupItems& items) {
     node->parent = frame.node;
     node->row = static_cast<int>(frame.node->children.size());
     GridNode* added = node.get();
-    nodes_[added->identity] = added;
+    nodes_->Insert(added->identity, added);
     frame.node->children.push_back(std::move(node));
     if (item->HasChildren()) {
       PopupItems* children = item->Children().get();
@@ -135,7 +137,7 @@ QModelIndex DataGridModel::AppendRow(const QModelIndex& parent, int32_t identity
   child->identity = identity;
   child->parent = node;
   child->row = row;
-  nodes_[identity] = child.get();
+  nodes_->Insert(identity, child.get());
   node->children.push_back(std::move(child));
   endInsertRows();
   return createIndex(row, 0, static_cast<quintptr>(identity));
@@ -159,7 +161,7 @@ QModelIndex DataGridModel::InsertRowInOrder(const QModelIndex& parent, int32_t i
   auto child = std::make_unique<GridNode>();
   child->identity = identity;
   child->parent = node;
-  nodes_[identity] = child.get();
+  nodes_->Insert(identity, child.get());
   node->children.insert(node->children.begin() + row, std::move(child));
   Renumber(*node);
   endInsertRows();
@@ -196,7 +198,7 @@ void DataGridModel::KeyChanged(const QModelIndex& index) {
 std::vector<std::pair<QModelIndex, bool>> DataGridModel::RowVisibility(const QString& text) const {
   std::vector<std::pair<QModelIndex, bool>> rows;
   if (!title_) return rows;
-  rows.reserve(nodes_.size());
+  rows.reserve(nodes_->Size());
   // Post-order: a row is visible when it matches or any child is visible.
   struct Frame {
     const GridNode* node;
@@ -247,10 +249,24 @@ void DataGridModel::Forget(const GridNode& node) {
   while (!pending.empty()) {
     const GridNode* current = pending.back();
     pending.pop_back();
-    nodes_.erase(current->identity);
+    nodes_->Erase(current->identity);
     rekeyed_.erase(current->identity);
     for (const auto& child : current->children) pending.push_back(child.get());
   }
+}
+
+std::vector<QModelIndex> DataGridModel::ParentRows() const {
+  std::vector<QModelIndex> rows;
+  if (!title_) return rows;
+  std::vector<const GridNode*> pending{title_.get()};
+  while (!pending.empty()) {
+    const GridNode* node = pending.back();
+    pending.pop_back();
+    if (node->children.empty()) continue;
+    rows.push_back(createIndex(node->row, 0, static_cast<quintptr>(node->identity)));
+    for (const auto& child : node->children) pending.push_back(child.get());
+  }
+  return rows;
 }
 
 QModelIndex DataGridModel::TitleIndex() const {
@@ -258,9 +274,9 @@ QModelIndex DataGridModel::TitleIndex() const {
 }
 
 QModelIndex DataGridModel::IndexOfIdentity(int32_t identity) const {
-  auto found = nodes_.find(identity);
-  if (found == nodes_.end()) return {};
-  return createIndex(found->second->row, 0, static_cast<quintptr>(identity));
+  GridNode* node = nodes_->Find(identity);
+  if (!node || identity == 0) return {};
+  return createIndex(node->row, 0, static_cast<quintptr>(identity));
 }
 
 std::shared_ptr<PopupItem> DataGridModel::ItemAt(const QModelIndex& index) const {
@@ -272,7 +288,7 @@ std::shared_ptr<PopupItem> DataGridModel::ItemAt(const QModelIndex& index) const
 std::vector<int32_t> DataGridModel::IdentitiesInGridOrder() const {
   std::vector<int32_t> identities;
   if (!title_) return identities;
-  identities.reserve(nodes_.size());
+  identities.reserve(nodes_->Size());
   std::vector<const GridNode*> pending;
   for (auto it = title_->children.rbegin(); it != title_->children.rend(); ++it) {
     pending.push_back(it->get());
@@ -291,8 +307,7 @@ std::vector<int32_t> DataGridModel::IdentitiesInGridOrder() const {
 GridNode* DataGridModel::NodeOfId(quintptr id) const {
   if (!title_) return nullptr;
   if (id == kTitleId) return title_.get();
-  auto found = nodes_.find(static_cast<int32_t>(id));
-  return found == nodes_.end() ? nullptr : found->second;
+  return nodes_->Find(static_cast<int32_t>(id));
 }
 
 GridNode* DataGridModel::NodeOf(const QModelIndex& index) const {

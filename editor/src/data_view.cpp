@@ -69,7 +69,9 @@ void EditorState::LoadDataGrid() {
   if (!(Opening && filled_while_opening)) {
     grid->Load(popup);
     SortTree();
-    DataGrid->expandAll();
+    // Expanding the parents one by one keeps the view's bookkeeping to the
+    // parents; expandAll would remember every row.
+    for (const QModelIndex& parent : grid->ParentRows()) DataGrid->expand(parent);
     for (int column = 0; column < grid->columnCount(); ++column) {
       DataGrid->resizeColumnToContents(column);
     }

@@ -14,7 +14,6 @@
 #include <QAbstractItemModel>
 #include <cstdint>
 #include <memory>
-#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -29,6 +28,8 @@ struct GridNode {
   int row = 0;  // position among the parent's children
   std::vector<std::unique_ptr<GridNode>> children;
 };
+
+class NodeIndex;
 
 class DataGridModel : public QAbstractItemModel {
   Q_OBJECT
@@ -72,6 +73,8 @@ class DataGridModel : public QAbstractItemModel {
   std::vector<std::pair<QModelIndex, bool>> RowVisibility(const QString& text) const;
 
   QModelIndex TitleIndex() const;
+  // The rows that have rows under them, parents before their children.
+  std::vector<QModelIndex> ParentRows() const;
   // The row of an item, or an invalid index when it has none.
   QModelIndex IndexOfIdentity(int32_t identity) const;
   // The row's item, or null for the title row, a stale row or an invalid index.
@@ -101,7 +104,7 @@ class DataGridModel : public QAbstractItemModel {
   std::shared_ptr<PopupClass> popup_;
   std::vector<QString> headings_;
   std::unique_ptr<GridNode> title_;
-  std::unordered_map<int32_t, GridNode*> nodes_;
+  std::unique_ptr<NodeIndex> nodes_;
   std::unordered_set<int32_t> rekeyed_;
 };
 
