@@ -14,9 +14,20 @@ std::string OwnCode(const std::string& key) {
   return key.size() >= 2 ? key.substr(key.size() - 2) : key;
 }
 
+const std::vector<GridNode*>& ChildrenOf(const GridNode& node) {
+  static const std::vector<GridNode*> kNone;
+  return node.children ? *node.children : kNone;
+}
+
+// Leaves, most of the rows, carry no list of their own.
+std::vector<GridNode*>& MutableChildren(GridNode& node) {
+  if (!node.children) node.children = std::make_unique<std::vector<GridNode*>>();
+  return *node.children;
+}
+
 void Renumber(GridNode& node) {
   int row = 0;
-  for (auto& child : node.children) child->row = row++;
+  for (GridNode* child : ChildrenOf(node)) child->row = row++;
 }
 
 }  // namespace
@@ -33,7 +44,9 @@ void DataGridModel::Load(std::shared_ptr<PopupClass> popup) {
   for (const auto& field : *popup_->PopupFields()) headings_.push_back(ToQString(field->Name()));
   nodes_->Clear();
   rekeyed_.clear();
-  title_ = std::make_unique<GridNode>();
+  pool_.clear();
+  free_.clear();
+  title_ = NewNode(0, nullptr);
   AddItems(*title_, *popup_->PopupItems());
   endResetModel();
 }
@@ -55,13 +68,10 @@ void DataGridModel::AddItems(GridNode& parent, PopupItems& items) {
     }
     const auto& item = *frame.next;
     ++frame.next;
-    auto node = std::make_unique<GridNode>();
-    node->identity = item->Identity();
-    node->parent = frame.node;
-    node->row = static_cast<int>(frame.node->children.size());
-    GridNode* added = node.get();
-    nodes_->Insert(added->identity, added);
-    frame.node->children.push_back(std::move(node));
+    GridNode* added = NewNode(item->Identity(), frame.node);
+    auto& siblings = MutableChildren(*frame.node);
+    added->row = static_cast<int>(siblings.size());
+    siblings.push_back(added);
     if (item->HasChildren()) {
       PopupItems* children = item->Children().get();
       stack.push_back({added, children, children->begin()});
@@ -76,13 +86,13 @@ void DataGridModel::SortTree() {
   std::vector<std::pair<GridNode*, int>> remembered;
   remembered.reserve(static_cast<size_t>(before.size()));
   for (const QModelIndex& index : before) remembered.emplace_back(NodeOf(index), index.column());
-  std::vector<GridNode*> pending{title_.get()};
+  std::vector<GridNode*> pending{title_};
   while (!pending.empty()) {
     GridNode* node = pending.back();
     pending.pop_back();
     SortNode(*node);
-    for (auto& child : node->children) {
-      if (!child->children.empty()) pending.push_back(child.get());
+    for (GridNode* child : ChildrenOf(*node)) {
+      if (!ChildrenOf(*child).empty()) pending.push_back(child);
     }
   }
   QModelIndexList after;
@@ -113,32 +123,46 @@ void DataGridModel::SortChildren(const QModelIndex& parent) {
 }
 
 void DataGridModel::SortNode(GridNode& node) {
-  if (node.children.size() < 2) return;
-  std::vector<std::pair<std::string, std::unique_ptr<GridNode>>> keyed;
-  keyed.reserve(node.children.size());
-  for (auto& child : node.children) {
+  if (ChildrenOf(node).size() < 2) return;
+  std::vector<GridNode*>& children = *node.children;
+  std::vector<std::pair<std::string, GridNode*>> keyed;
+  keyed.reserve(children.size());
+  for (GridNode* child : children) {
     auto item = FindItemByIdentity(child->identity);
-    keyed.emplace_back(item ? OwnCode(item->PopupKey()) : std::string(), std::move(child));
+    keyed.emplace_back(item ? OwnCode(item->PopupKey()) : std::string(), child);
   }
   // Stable: rows with equal codes keep their order.
   std::stable_sort(keyed.begin(), keyed.end(),
                    [](const auto& a, const auto& b) { return a.first < b.first; });
-  for (size_t i = 0; i < keyed.size(); ++i) node.children[i] = std::move(keyed[i].second);
+  for (size_t i = 0; i < keyed.size(); ++i) children[i] = keyed[i].second;
   Renumber(node);
+}
+
+GridNode* DataGridModel::NewNode(int32_t identity, GridNode* parent) {
+  GridNode* node;
+  if (free_.empty()) {
+    node = &pool_.emplace_back();
+  } else {
+    node = free_.back();
+    free_.pop_back();
+  }
+  node->identity = identity;
+  node->parent = parent;
+  node->row = 0;
+  node->children.reset();
+  if (identity != 0) nodes_->Insert(identity, node);
+  return node;
 }
 
 QModelIndex DataGridModel::AppendRow(const QModelIndex& parent, int32_t identity) {
   GridNode* node = NodeOf(parent);
   if (!node || identity == 0) return {};
   QModelIndex parent_cell = createIndex(node->row, 0, static_cast<quintptr>(node->identity));
-  int row = static_cast<int>(node->children.size());
+  int row = static_cast<int>(ChildrenOf(*node).size());
   beginInsertRows(parent_cell, row, row);
-  auto child = std::make_unique<GridNode>();
-  child->identity = identity;
-  child->parent = node;
+  GridNode* child = NewNode(identity, node);
   child->row = row;
-  nodes_->Insert(identity, child.get());
-  node->children.push_back(std::move(child));
+  MutableChildren(*node).push_back(child);
   endInsertRows();
   return createIndex(row, 0, static_cast<quintptr>(identity));
 }
@@ -149,20 +173,16 @@ QModelIndex DataGridModel::InsertRowInOrder(const QModelIndex& parent, int32_t i
   if (!node || !item) return {};
   std::string code = OwnCode(item->PopupKey());
   // After every sibling whose code is not greater, as a stable sort puts it.
-  auto place =
-      std::upper_bound(node->children.begin(), node->children.end(), code,
-                       [](const std::string& wanted, const std::unique_ptr<GridNode>& child) {
-                         auto sibling = FindItemByIdentity(child->identity);
-                         return wanted < (sibling ? OwnCode(sibling->PopupKey()) : std::string());
-                       });
-  int row = static_cast<int>(place - node->children.begin());
+  std::vector<GridNode*>& children = MutableChildren(*node);
+  auto place = std::upper_bound(
+      children.begin(), children.end(), code, [](const std::string& wanted, const GridNode* child) {
+        auto sibling = FindItemByIdentity(child->identity);
+        return wanted < (sibling ? OwnCode(sibling->PopupKey()) : std::string());
+      });
+  int row = static_cast<int>(place - children.begin());
   QModelIndex parent_cell = createIndex(node->row, 0, static_cast<quintptr>(node->identity));
   beginInsertRows(parent_cell, row, row);
-  auto child = std::make_unique<GridNode>();
-  child->identity = identity;
-  child->parent = node;
-  nodes_->Insert(identity, child.get());
-  node->children.insert(node->children.begin() + row, std::move(child));
+  children.insert(children.begin() + row, NewNode(identity, node));
   Renumber(*node);
   endInsertRows();
   return createIndex(row, 0, static_cast<quintptr>(identity));
@@ -205,11 +225,11 @@ std::vector<std::pair<QModelIndex, bool>> DataGridModel::RowVisibility(const QSt
     size_t next;
     bool any_visible;
   };
-  std::vector<Frame> stack{{title_.get(), 0, false}};
+  std::vector<Frame> stack{{title_, 0, false}};
   while (!stack.empty()) {
     Frame& frame = stack.back();
-    if (frame.next < frame.node->children.size()) {
-      stack.push_back({frame.node->children[frame.next++].get(), 0, false});
+    if (frame.next < ChildrenOf(*frame.node).size()) {
+      stack.push_back({ChildrenOf(*frame.node)[frame.next++], 0, false});
       continue;
     }
     const GridNode* node = frame.node;
@@ -239,32 +259,35 @@ void DataGridModel::RemoveRow(const QModelIndex& index) {
   int row = node->row;
   beginRemoveRows(this->parent(index), row, row);
   Forget(*node);
-  parent->children.erase(parent->children.begin() + row);
+  std::vector<GridNode*>& siblings = *parent->children;
+  siblings.erase(siblings.begin() + row);
   Renumber(*parent);
   endRemoveRows();
 }
 
-void DataGridModel::Forget(const GridNode& node) {
-  std::vector<const GridNode*> pending{&node};
+void DataGridModel::Forget(GridNode& node) {
+  std::vector<GridNode*> pending{&node};
   while (!pending.empty()) {
-    const GridNode* current = pending.back();
+    GridNode* current = pending.back();
     pending.pop_back();
     nodes_->Erase(current->identity);
     rekeyed_.erase(current->identity);
-    for (const auto& child : current->children) pending.push_back(child.get());
+    for (GridNode* child : ChildrenOf(*current)) pending.push_back(child);
+    current->children.reset();
+    free_.push_back(current);
   }
 }
 
 std::vector<QModelIndex> DataGridModel::ParentRows() const {
   std::vector<QModelIndex> rows;
   if (!title_) return rows;
-  std::vector<const GridNode*> pending{title_.get()};
+  std::vector<const GridNode*> pending{title_};
   while (!pending.empty()) {
     const GridNode* node = pending.back();
     pending.pop_back();
-    if (node->children.empty()) continue;
+    if (ChildrenOf(*node).empty()) continue;
     rows.push_back(createIndex(node->row, 0, static_cast<quintptr>(node->identity)));
-    for (const auto& child : node->children) pending.push_back(child.get());
+    for (const GridNode* child : ChildrenOf(*node)) pending.push_back(child);
   }
   return rows;
 }
@@ -289,24 +312,21 @@ std::vector<int32_t> DataGridModel::IdentitiesInGridOrder() const {
   std::vector<int32_t> identities;
   if (!title_) return identities;
   identities.reserve(nodes_->Size());
-  std::vector<const GridNode*> pending;
-  for (auto it = title_->children.rbegin(); it != title_->children.rend(); ++it) {
-    pending.push_back(it->get());
-  }
+  const auto& top = ChildrenOf(*title_);
+  std::vector<const GridNode*> pending(top.rbegin(), top.rend());
   while (!pending.empty()) {
     const GridNode* node = pending.back();
     pending.pop_back();
     identities.push_back(node->identity);
-    for (auto it = node->children.rbegin(); it != node->children.rend(); ++it) {
-      pending.push_back(it->get());
-    }
+    const auto& children = ChildrenOf(*node);
+    pending.insert(pending.end(), children.rbegin(), children.rend());
   }
   return identities;
 }
 
 GridNode* DataGridModel::NodeOfId(quintptr id) const {
   if (!title_) return nullptr;
-  if (id == kTitleId) return title_.get();
+  if (id == kTitleId) return title_;
   return nodes_->Find(static_cast<int32_t>(id));
 }
 
@@ -320,7 +340,7 @@ int DataGridModel::rowCount(const QModelIndex& parent) const {
   if (!parent.isValid()) return 1;
   if (parent.column() != 0) return 0;
   GridNode* node = NodeOf(parent);
-  return node ? static_cast<int>(node->children.size()) : 0;
+  return node ? static_cast<int>(ChildrenOf(*node).size()) : 0;
 }
 
 int DataGridModel::columnCount(const QModelIndex&) const {
@@ -331,8 +351,8 @@ QModelIndex DataGridModel::index(int row, int column, const QModelIndex& parent)
   if (!title_ || column < 0 || column >= columnCount()) return {};
   if (!parent.isValid()) return row == 0 ? createIndex(0, column, kTitleId) : QModelIndex();
   GridNode* node = NodeOf(parent);
-  if (!node || row < 0 || row >= static_cast<int>(node->children.size())) return {};
-  const GridNode& child = *node->children[static_cast<size_t>(row)];
+  if (!node || row < 0 || row >= static_cast<int>(ChildrenOf(*node).size())) return {};
+  const GridNode& child = *ChildrenOf(*node)[static_cast<size_t>(row)];
   return createIndex(row, column, static_cast<quintptr>(child.identity));
 }
 
