@@ -30,7 +30,9 @@ int Screenshot(zephyr::apps::MainWindow& window, const QString& out, const QStri
 int main(int argc, char** argv) {
   // A screenshot needs no display.
   for (int i = 1; i < argc; ++i) {
-    if (std::string_view(argv[i]) == "--screenshot" && !std::getenv("QT_QPA_PLATFORM")) {
+    std::string_view option(argv[i]);
+    bool batch = option == "--screenshot" || option == "--print-pdf";
+    if (batch && !std::getenv("QT_QPA_PLATFORM")) {
       setenv("QT_QPA_PLATFORM", "offscreen", 1);
     }
   }
@@ -48,7 +50,11 @@ int main(int argc, char** argv) {
   QCommandLineOption view(QStringLiteral("view"),
                           QStringLiteral("The view to show: design or data."),
                           QStringLiteral("design|data"));
+  QCommandLineOption print_pdf(QStringLiteral("print-pdf"),
+                               QStringLiteral("Print the data view to a PDF file and exit."),
+                               QStringLiteral("OUT.pdf"));
   parser.addOption(screenshot);
+  parser.addOption(print_pdf);
   parser.addOption(view);
   parser.addPositionalArgument(
       QStringLiteral("POPUP"),
@@ -67,10 +73,11 @@ int main(int argc, char** argv) {
   }
 
   zephyr::apps::MainWindow window;
-  if (!popups.isEmpty() && !window.OpenNamed(popups.first()) && parser.isSet(screenshot)) {
-    return 2;
-  }
+  bool batch = parser.isSet(screenshot) || parser.isSet(print_pdf);
+  if (batch) window.SetBatch();
+  if (!popups.isEmpty() && !window.OpenNamed(popups.first()) && batch) return 2;
   if (parser.isSet(screenshot)) return Screenshot(window, parser.value(screenshot), view_name);
+  if (parser.isSet(print_pdf)) return window.PrintPdf(parser.value(print_pdf)) ? 0 : 2;
   window.show();
   if (popups.isEmpty()) window.Editor()->OpenPopup("", "");  // a new popup, title first
   return app.exec();

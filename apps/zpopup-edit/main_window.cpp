@@ -6,7 +6,10 @@
 #include <QFileInfo>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPrintPreviewDialog>
+#include <QPrinter>
 #include <QSettings>
+#include <cstdio>
 
 #include "popup_name.h"
 #include "zephyr/support/errors.h"
@@ -34,6 +37,11 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
   file->addSeparator();
   file->addAction(tr("&Save"), QKeySequence::Save, this, [this]() { Save(false); });
   file->addAction(tr("Save &As..."), QKeySequence::SaveAs, this, [this]() { Save(true); });
+  file->addSeparator();
+  file->addAction(tr("&Print..."), QKeySequence::Print, this,
+                  [this]() { editor_->PrintPopupData(); });
+  file->addAction(tr("Print Pre&view..."), this, [this]() { PrintPreview(); });
+  file->addAction(tr("&Export PDF..."), this, [this]() { ExportPdf(); });
   file->addSeparator();
   file->addAction(tr("&Quit"), QKeySequence::Quit, this, [this]() { close(); });
   QMenu* edit = menuBar()->addMenu(tr("&Edit"));
@@ -80,13 +88,45 @@ bool MainWindow::OpenNamed(const QString& name) {
     editor_->SourceFile("");
     editor_->OpenPopup(popup.folder.empty() ? "./" : popup.folder, popup.base);
   } catch (const Error& error) {
-    QMessageBox::critical(this, tr("Open Popup"), ToQString(error.Description()));
+    if (batch_) {
+      std::fprintf(stderr, "zpopup-edit: %s\n", error.Description().c_str());
+    } else {
+      QMessageBox::critical(this, tr("Open Popup"), ToQString(error.Description()));
+    }
     UpdateTitle();
     return false;
   }
   RememberRecent(QFileInfo(name).absoluteFilePath());
   UpdateTitle();
   return true;
+}
+
+void MainWindow::SetBatch() {
+  batch_ = true;
+  editor_->SetMessageBox(std::make_shared<StderrMessageBox>());
+}
+
+bool MainWindow::PrintPdf(const QString& path) {
+  QPrinter printer(QPrinter::HighResolution);
+  printer.setOutputFormat(QPrinter::PdfFormat);
+  printer.setOutputFileName(path);
+  return editor_->PrintPopupData(printer);
+}
+
+void MainWindow::PrintPreview() {
+  QPrinter printer(QPrinter::HighResolution);
+  QPrintPreviewDialog preview(&printer, this);
+  connect(&preview, &QPrintPreviewDialog::paintRequested, this,
+          [this](QPrinter* target) { editor_->PrintPopupData(*target); });
+  preview.exec();
+}
+
+void MainWindow::ExportPdf() {
+  QString source = ToQString(editor_->Popup()->DataSource());
+  QString path = QFileDialog::getSaveFileName(this, tr("Export PDF"),
+                                              source.isEmpty() ? QString() : source + ".pdf",
+                                              tr("PDF document (*.pdf)"));
+  if (!path.isEmpty()) PrintPdf(path);
 }
 
 void MainWindow::NewPopup() {

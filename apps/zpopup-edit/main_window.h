@@ -23,6 +23,11 @@ class MainWindow : public QMainWindow {
   // Opens the popup named as on the command line (folder and base name, or
   // a path to either of its files). False, after telling the user, on failure.
   bool OpenNamed(const QString& name);
+  // Tells problems on standard error instead of in dialogs, for runs that
+  // nobody watches.
+  void SetBatch();
+  // Prints the data view to a PDF file through the editor's print path.
+  bool PrintPdf(const QString& path);
 
  protected:
   void closeEvent(QCloseEvent* event) override;
@@ -31,6 +36,8 @@ class MainWindow : public QMainWindow {
   void NewPopup();
   void OpenDialog();
   void Save(bool save_as);
+  void PrintPreview();
+  void ExportPdf();
   // Asks to save unsaved changes: true when the caller may go on.
   bool MaySetAside();
   void UpdateTitle();
@@ -41,6 +48,7 @@ class MainWindow : public QMainWindow {
   editor::PopupControlEdit* editor_;
   QMenu* recent_menu_;
   QStringList recent_;
+  bool batch_ = false;
 };
 
 }  // namespace zephyr::apps

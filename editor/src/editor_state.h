@@ -25,6 +25,7 @@ class QMenu;
 class QPushButton;
 class QTableView;
 class QTimer;
+class QPrinter;
 class QToolButton;
 class QTreeView;
 class QKeyEvent;
@@ -128,6 +129,9 @@ class EditorState : public QObject {
   // Runs a user's command; an error it raises is told, not thrown on.
   template <typename Command>
   void Guarded(Command&& command);
+
+  // --- printing ---
+  bool PrintOutline(QPrinter& printer);
 
   // --- validation and saving ---
   bool Validate();

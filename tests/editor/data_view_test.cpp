@@ -3,7 +3,10 @@
 // A model tester watches the outline through every change.
 #include <QAbstractItemModelTester>
 #include <QLineEdit>
+#include <QPrinter>
+#include <QProcess>
 #include <QPushButton>
+#include <QRegularExpression>
 
 #include "editor_fixture.h"
 #include "zephyr/editor/data_grid_model.h"
@@ -176,6 +179,48 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     QTest::mouseClick(ok, Qt::LeftButton);
     QCOMPARE(dialog.NewKey(), std::string("07"));
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
+  }
+
+  void printingRepeatsHeadingsOnEveryPageAndIndentsItems() {
+    // A hundred rows: more than a page holds.
+    zephyr::testing::PopupDesign design;
+    design.title = "Long";
+    design.questions = {"Group", "Item"};
+    design.fields = {{"Name", 10}};
+    std::vector<zephyr::testing::Row> rows{{"  10", "Group"}};
+    for (int code = 1; code <= 99; ++code) {
+      char key[5];
+      std::snprintf(key, sizeof key, "10%02d", code);
+      rows.push_back({key, "Item " + std::to_string(code)});
+    }
+    zephyr::testing::WritePopupFiles(dir->Path(), "Long", design, rows);
+    editor->OpenPopup(dir->Path(), "Long");
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(QString::fromStdString(dir->File("outline.pdf")));
+    QVERIFY(editor->PrintPopupData(printer));
+    QProcess text;
+    text.start("pdftotext", {"-layout", printer.outputFileName(), "-"});
+    QVERIFY(text.waitForFinished(30000));
+    const QStringList pages = QString::fromUtf8(text.readAllStandardOutput()).split('\f');
+    QVERIFY(pages.size() >= 3);  // two pages and what follows the last form feed
+    for (int page = 0; page + 1 < pages.size(); ++page) {
+      QVERIFY(pages[page].trimmed().startsWith("Popup Code"));
+      QVERIFY(pages[page].contains(QStringLiteral("Page %1 of").arg(page + 1)));
+    }
+    const QStringList lines = pages[0].split('\n');
+    QVERIFY(lines[1].startsWith("Long"));
+    QVERIFY(lines.indexOf(QRegularExpression("^ {2,}10 +Group *$")) > 0);
+    // Items sit deeper than their group.
+    int item = lines.indexOf(QRegularExpression("^ +01 +Item 1 *$"));
+    QVERIFY(item > 0);
+    QVERIFY(lines[item].indexOf("01") > lines[2].indexOf("10"));
+    QVERIFY(messages->shown.empty());
+
+    printer.setOutputFileName(QString::fromStdString(dir->File("missing/outline.pdf")));
+    QVERIFY(!editor->PrintPopupData(printer));
+    QCOMPARE(Prompts().back(),
+             std::string("Print Job Failed. Please make sure your printer is online and working."));
   }
 
   void savingWritesTheRowsInOutlineOrder() {

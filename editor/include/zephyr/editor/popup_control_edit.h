@@ -15,6 +15,8 @@
 #define ZEPHYR_EDITOR_POPUP_CONTROL_EDIT_H_
 
 #include <QWidget>
+
+class QPrinter;
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -59,6 +61,14 @@ class PopupControlEdit : public QWidget {
   void SourcePath(std::string value);
   const std::string& SourceFile() const;
   void SourceFile(std::string value);
+
+  // Prints the data view's outline as it stands, after the print dialog;
+  // the document is named after the title, with half-inch margins. A print
+  // that fails is told to the user; nothing else changes.
+  void PrintPopupData();
+  // The same without the dialog, on a printer the caller set up (a PDF file,
+  // say). False, after telling the user, when the printer could not be used.
+  bool PrintPopupData(QPrinter& printer);
 
   // Fills and shows the design view (raising BeforeDesignMode first).
   void LoadDesignMode();
