@@ -115,13 +115,17 @@ CodePage::CodePage(std::string name) : name_(std::move(name)) {
     }
     if (b < 0x80 && decode_[b] != std::string(1, static_cast<char>(b))) ascii_compatible_ = false;
   }
-  if (!single_byte_) return;
-  for (int b = 0; b < 256; ++b) {
-    size_t pos = 0;
-    char32_t code;
-    if (NextCodePoint(decode_[b], &pos, &code))
-      encode_.emplace(code, static_cast<unsigned char>(b));
+  if (single_byte_) {
+    for (int b = 0; b < 256; ++b) {
+      size_t pos = 0;
+      char32_t code;
+      if (NextCodePoint(decode_[b], &pos, &code))
+        encode_.emplace(code, static_cast<unsigned char>(b));
+    }
   }
+  std::string ascii(128, '\0');
+  for (size_t c = 0; c < ascii.size(); ++c) ascii[c] = static_cast<char>(c);
+  keeps_ascii_ = ToUtf8(ascii) == ascii && FromUtf8(ascii) == ascii;
 }
 
 std::string CodePage::ToUtf8(std::string_view bytes) const {

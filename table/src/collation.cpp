@@ -117,9 +117,12 @@ CodePageCollation::CodePageCollation(const CodePage& code_page) {
 }
 
 const CodePageCollation& CodePageCollation::Active() {
+  return Of(ActiveCodePage());
+}
+
+const CodePageCollation& CodePageCollation::Of(const CodePage& code_page) {
   static std::mutex mutex;
   static std::map<const CodePage*, std::unique_ptr<const CodePageCollation>> built;
-  const CodePage& code_page = ActiveCodePage();
   std::lock_guard lock(mutex);
   auto& slot = built[&code_page];
   if (!slot) slot = std::make_unique<const CodePageCollation>(code_page);
@@ -143,16 +146,18 @@ int CodePageCollation::Compare(std::string_view a, std::string_view b) const {
   return a.size() < b.size() ? -1 : 1;
 }
 
-void CodePageCollation::AppendSortKey(std::string_view bytes, bool descending,
-                                      std::string* key) const {
-  size_t start = key->size();
-  key->resize(start + bytes.size());
-  char* out = key->data() + start;
-  for (char c : bytes) {
-    auto byte = static_cast<unsigned char>(c);
-    if (descending) byte = static_cast<unsigned char>(255 - byte);
-    *out++ = static_cast<char>(weight_[byte]);
+void CodePageCollation::Weigh(std::string* bytes) const {
+  for (char& c : *bytes) c = static_cast<char>(weight_[static_cast<unsigned char>(c)]);
+}
+
+bool CodePageCollation::WeighsInByteOrder(const std::bitset<256>& present) const {
+  int last = -1;
+  for (size_t byte = 0; byte < present.size(); ++byte) {
+    if (!present[byte]) continue;
+    if (weight_[byte] <= last) return false;
+    last = weight_[byte];
   }
+  return true;
 }
 
 }  // namespace zephyr

@@ -110,11 +110,22 @@ Variant dBase::Value(int32_t index) const {
 void dBase::Value(int32_t index, const Variant& value) {
   const Field& field = Column(index);
   if (field.FieldType() != "C") return;
-  std::string text;
-  if (!value.IsText()) text = value.ToText();
+  if (value.IsText()) {
+    WriteText(field, value.Text());
+  } else {
+    WriteText(field, value.ToText());
+  }
+}
+
+void dBase::PutText(int32_t index, std::string_view text) {
+  const Field& field = Column(index);
+  if (field.FieldType() == "C") WriteText(field, text);
+}
+
+void dBase::WriteText(const Field& field, std::string_view text) {
   std::string scratch;
   WriteColumn(&buffer_, field.Position(), field.Length(),
-              ToRecordBytes(ActiveCodePage(), value.IsText() ? value.Text() : text, &scratch));
+              ToRecordBytes(ActiveCodePage(), text, &scratch));
 }
 
 void dBase::OpenFile(const std::string& file_name) {
@@ -241,11 +252,13 @@ void dBase::CreateTable(const std::string& file_name) {
 void dBase::InitRecord() {
   buffer_.assign(static_cast<size_t>(record_length_), ' ');
   OverwriteRecord(&buffer_, 1, std::string_view(&kLiveMark, 1));
-  const Variant blank{std::string()};
-  for (int32_t i = 1, count = Columns().Count(); i <= count; ++i) Value(i, blank);
+  for (const auto& field : Columns()) {
+    if (field->FieldType() == "C") WriteColumn(&buffer_, field->Position(), field->Length(), {});
+  }
 }
 
 void dBase::GetRecord(int32_t rec_no) {
+  WriteHeldRecords();
   if (!FileExists() || rec_no < 1 || rec_no > static_cast<int64_t>(header_.record_count)) {
     record_no_ = 0;
     buffer_.assign(static_cast<size_t>(record_length_), ' ');
@@ -271,17 +284,19 @@ void dBase::PutRecord(int32_t rec_no) {
     record_no_ = 0;
     throw AutomationError(kDBaseReadOnly, kDBaseErrorSource, "Database is ReadOnly");
   }
+  bool append = rec_no < 1 || rec_no > static_cast<int64_t>(header_.record_count);
+  if (hold_appends_ && append && buffer_.size() == static_cast<size_t>(record_length_)) {
+    HoldAppend();
+    return;
+  }
+  WriteHeldRecords();
   ReadHeader();
   int64_t count = header_.record_count;
   if (rec_no < 1 || rec_no > count) rec_no = 0;
   if (rec_no > 0) {
     file_.WriteAt(RecordOffset(rec_no), buffer_.data(), buffer_.size());
   } else {
-    if (count >= std::numeric_limits<int32_t>::max()) {
-      throw RuntimeError(RuntimeErrorCode::kOverflow,
-                         "'" + filename_ + "' cannot hold another record");
-    }
-    rec_no = static_cast<int32_t>(count + 1);
+    rec_no = NextRecordNumber();
     file_.WriteAt(RecordOffset(rec_no), buffer_.data(), buffer_.size());
     header_.record_count = static_cast<uint32_t>(rec_no);
     if (!batch_) WriteHeader(header_.record_count);
@@ -290,9 +305,44 @@ void dBase::PutRecord(int32_t rec_no) {
   record_no_ = rec_no;
 }
 
+void dBase::HoldAppends() {
+  hold_appends_ = FileExists();
+}
+
+int32_t dBase::NextRecordNumber() const {
+  if (header_.record_count >= static_cast<uint32_t>(std::numeric_limits<int32_t>::max())) {
+    throw RuntimeError(RuntimeErrorCode::kOverflow,
+                       "'" + filename_ + "' cannot hold another record");
+  }
+  return static_cast<int32_t>(header_.record_count + 1);
+}
+
+void dBase::HoldAppend() {
+  int32_t rec_no = NextRecordNumber();
+  // Records are written in blocks of about this many bytes.
+  constexpr size_t kHeldBytes = size_t{4} << 20;
+  if (held_.empty()) {
+    held_from_ = rec_no;
+    held_.reserve(kHeldBytes + buffer_.size());
+  }
+  held_ += buffer_;
+  header_.record_count = static_cast<uint32_t>(rec_no);
+  dirty_ = true;
+  record_no_ = rec_no;
+  if (held_.size() >= kHeldBytes) WriteHeldRecords();
+}
+
+void dBase::WriteHeldRecords() {
+  if (held_.empty()) return;
+  file_.WriteAt(RecordOffset(held_from_), held_.data(), held_.size());
+  held_.clear();
+  if (!batch_) WriteHeader(header_.record_count);
+}
+
 void dBase::CloseFile() {
   if (FileExists()) {
     try {
+      WriteHeldRecords();
       if (dirty_) {
         ReadHeader();
         file_.WriteAt(RecordOffset(int64_t{header_.record_count} + 1), &kEndOfFile, 1);
@@ -316,6 +366,8 @@ void dBase::Reset() {
   buffer_.clear();
   dirty_ = false;
   batch_ = false;
+  hold_appends_ = false;
+  held_.clear();
   open_mode_ = kReadOnly;
 }
 

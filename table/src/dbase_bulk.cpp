@@ -1,12 +1,11 @@
 // The bulk operations of dBase: a whole table into a table array, sorting
 // such an array, and appending one.
-#include <sys/mman.h>
-
 #include <algorithm>
+#include <bitset>
 #include <cstdint>
 #include <limits>
 
-#include "record_text.h"
+#include "huge_pages.h"
 #include "row_order.h"
 #include "zephyr/support/codepage.h"
 #include "zephyr/table/collation.h"
@@ -15,26 +14,6 @@
 namespace zephyr {
 
 namespace {
-
-// Records are read in slices of about this many bytes: few system calls,
-// little memory beyond the array itself.
-constexpr size_t kReadSliceBytes = size_t{1} << 20;
-
-// Where a column's value lies in every record; text only for "C" columns.
-struct ColumnSlice {
-  bool text;
-  int32_t position;
-  int32_t length;
-};
-
-// The table array of a large table spans hundreds of megabytes; huge pages
-// spare most of the page faults of filling it.
-void AdviseHugePages(void* start, size_t bytes) {
-  constexpr uintptr_t kHugePage = uintptr_t{2} << 20;
-  auto first = (reinterpret_cast<uintptr_t>(start) + kHugePage - 1) & ~(kHugePage - 1);
-  auto last = (reinterpret_cast<uintptr_t>(start) + bytes) & ~(kHugePage - 1);
-  if (last > first) ::madvise(reinterpret_cast<void*>(first), last - first, MADV_HUGEPAGE);
-}
 
 [[noreturn]] void RaiseArrayError(int32_t number, const char* description) {
   throw AutomationError(number, kDBaseErrorSource, description);
@@ -69,10 +48,11 @@ void PermuteRows(VariantArray* array, const std::vector<uint32_t>& order) {
 
 }  // namespace
 
-Variant dBase::GetTableValues() {
-  if (!FileExists()) return Variant();
+std::unique_ptr<TableRecords> dBase::ReadRecords() {
+  if (!FileExists()) return nullptr;
+  WriteHeldRecords();
   ReadHeader();
-  if (header_.record_count == 0) return Variant();
+  if (header_.record_count == 0) return nullptr;
 
   const int64_t count = header_.record_count;
   const auto record_length = static_cast<size_t>(record_length_);
@@ -96,53 +76,51 @@ Variant dBase::GetTableValues() {
                        "'" + filename_ + "' holds too many records for an array");
   }
 
-  zephyr::Fields& columns = Columns();
-  std::vector<ColumnSlice> slices;
-  for (const auto& field : columns) {
-    slices.push_back({field->FieldType() == "C", field->Position(), field->Length()});
+  const size_t bytes = static_cast<size_t>(count) * record_length;
+  auto records = std::make_unique_for_overwrite<char[]>(bytes);
+  AdviseHugePages(records.get(), bytes);
+  size_t got = file_.ReadAt(static_cast<uint64_t>(first), records.get(), bytes);
+  if (got < bytes) {
+    throw RuntimeError(RuntimeErrorCode::kInputPastEndOfFile,
+                       "record " + std::to_string(got / record_length + 1) + " of '" + filename_ +
+                           "' lies beyond the end of the file");
   }
-  const size_t width = slices.size();
+  // The buffer ends holding the last record, as after reading it alone.
+  buffer_.assign(records.get() + bytes - record_length, record_length);
+  record_no_ = static_cast<int32_t>(count);
+
+  std::vector<TableRecords::Column> columns;
+  for (const auto& field : Columns()) {
+    columns.push_back({field->FieldType() == "C", field->Position(), field->Length()});
+  }
+  auto table = std::make_unique<TableRecords>(std::move(records), static_cast<size_t>(count),
+                                              record_length, std::move(columns), ActiveCodePage());
+  if (table->RowCount() == 0) {
+    // With every record deleted there is no row to keep: the error a table
+    // array sized to no rows raises.
+    throw RuntimeError(RuntimeErrorCode::kSubscriptOutOfRange,
+                       "cannot resize an array to upper bound 0");
+  }
+  return table;
+}
+
+Variant dBase::GetTableValues() {
+  std::unique_ptr<TableRecords> records = ReadRecords();
+  if (!records) return Variant();
   // Elements are appended row by row and handed to the array at the end, so
   // each one is written once.
   std::vector<Variant> elements;
-  elements.reserve(static_cast<size_t>(count) * width);
+  elements.reserve(static_cast<size_t>(records->ColumnCount()) *
+                   static_cast<size_t>(records->RowCount()));
   AdviseHugePages(elements.data(), elements.capacity() * sizeof(Variant));
-  const CodePage& code_page = ActiveCodePage();
-
-  std::string chunk;
-  const size_t per_slice = std::max<size_t>(1, kReadSliceBytes / record_length);
-  size_t rows = 0;
-  for (int64_t done = 0; done < count;) {
-    size_t records = static_cast<size_t>(std::min<int64_t>(per_slice, count - done));
-    chunk.resize(records * record_length);
-    if (file_.ReadAt(first + done * record_length_, chunk.data(), chunk.size()) < chunk.size()) {
-      throw RuntimeError(RuntimeErrorCode::kInputPastEndOfFile,
-                         "record " + std::to_string(done + 1) + " of '" + filename_ +
-                             "' lies beyond the end of the file");
+  for (int32_t row = 1; row <= records->RowCount(); ++row) {
+    for (int32_t column = 1; column <= records->ColumnCount(); ++column) {
+      elements.push_back(records->Cell(column, row));
     }
-    for (size_t r = 0; r < records; ++r) {
-      std::string_view record(chunk.data() + r * record_length, record_length);
-      if (record[0] == '*') continue;
-      ++rows;
-      for (const ColumnSlice& slice : slices) {
-        if (slice.text) {
-          elements.emplace_back(
-              code_page.ToUtf8(RecordSlice(record, slice.position, slice.length)));
-        } else {
-          elements.emplace_back();
-        }
-      }
-    }
-    done += static_cast<int64_t>(records);
   }
-  // The buffer ends holding the last record, as after reading it alone.
-  buffer_.assign(chunk.data() + chunk.size() - record_length, record_length);
-  record_no_ = static_cast<int32_t>(count);
-
-  VariantArray table({1, static_cast<int32_t>(width)}, {1, 0});
+  VariantArray table({1, records->ColumnCount()}, {1, 0});
   table.Elements() = std::move(elements);
-  // With every record deleted there is no row to keep: subscript out of range.
-  table.RedimPreserve(static_cast<int32_t>(rows));
+  table.RedimPreserve(records->RowCount());
   return Variant(std::move(table));
 }
 
@@ -161,16 +139,22 @@ Variant& dBase::SortTableValues(Variant& values, int32_t sort_column, bool desce
   }
 
   const CodePage& code_page = ActiveCodePage();
-  const CodePageCollation& collation = CodePageCollation::Active();
   const int32_t rows = array->UBound(2);
   SortKeys keys;
   keys.Reserve(static_cast<size_t>(rows), 0);
+  std::bitset<256> present;
   for (int32_t r = 1; r <= rows; ++r) {
     const Variant& value = array->At(sort_column, r);
     std::string bytes = code_page.FromUtf8(value.IsText() ? value.Text() : value.ToText());
-    collation.AppendSortKey(bytes, descending, keys.Buffer());
+    for (char& c : bytes) {
+      if (descending) c = static_cast<char>(255 - static_cast<unsigned char>(c));
+      present[static_cast<unsigned char>(c)] = true;
+    }
+    keys.Buffer()->append(bytes);
     keys.Finish();
   }
+  const CodePageCollation& collation = CodePageCollation::Of(code_page);
+  if (!collation.WeighsInByteOrder(present)) collation.Weigh(keys.Buffer());
   PermuteRows(array, SortOrder(keys));
   return values;
 }

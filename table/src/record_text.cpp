@@ -7,28 +7,10 @@
 
 namespace zephyr {
 
-namespace {
-
 bool IsAscii(std::string_view text) {
   return std::all_of(text.begin(), text.end(),
                      [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
-
-// Whether the code page writes every ASCII character as itself; worked out
-// once per code page and thread.
-bool KeepsAscii(const CodePage& code_page) {
-  thread_local const CodePage* known = nullptr;
-  thread_local bool keeps = false;
-  if (known != &code_page) {
-    std::string ascii(128, '\0');
-    for (int c = 0; c < 128; ++c) ascii[static_cast<size_t>(c)] = static_cast<char>(c);
-    keeps = code_page.FromUtf8(ascii) == ascii;
-    known = &code_page;
-  }
-  return keeps;
-}
-
-}  // namespace
 
 std::string_view RecordSlice(std::string_view record, int32_t position, int32_t length) {
   if (position < 1 || length < 0) {
@@ -48,7 +30,8 @@ void OverwriteRecord(std::string* record, int32_t position, std::string_view tex
                            std::to_string(record->size()) + " bytes");
   }
   auto start = static_cast<size_t>(position - 1);
-  std::memcpy(record->data() + start, text.data(), std::min(text.size(), record->size() - start));
+  size_t count = std::min(text.size(), record->size() - start);
+  if (count > 0) std::memcpy(record->data() + start, text.data(), count);  // no text may be null
 }
 
 void WriteColumn(std::string* record, int32_t position, int32_t length, std::string_view bytes) {
@@ -69,7 +52,7 @@ void WriteColumn(std::string* record, int32_t position, int32_t length, std::str
 
 std::string_view ToRecordBytes(const CodePage& code_page, std::string_view text,
                                std::string* scratch) {
-  if (IsAscii(text) && KeepsAscii(code_page)) return text;
+  if (code_page.KeepsAscii() && IsAscii(text)) return text;
   *scratch = code_page.FromUtf8(text);
   return *scratch;
 }

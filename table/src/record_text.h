@@ -24,6 +24,8 @@ void OverwriteRecord(std::string* record, int32_t position, std::string_view tex
 // or cut to the column, and cut again at the end of the record.
 void WriteColumn(std::string* record, int32_t position, int32_t length, std::string_view bytes);
 
+bool IsAscii(std::string_view text);
+
 // The code-page form of UTF-8 text. ASCII text that the code page spells the
 // same is returned as it is; otherwise the conversion lands in *scratch.
 std::string_view ToRecordBytes(const CodePage& code_page, std::string_view text,

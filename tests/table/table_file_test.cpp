@@ -114,6 +114,43 @@ TEST_F(TableFileTest, WritesReachTheDiskAtOnce) {
   EXPECT_FALSE(table.Deleted());
 }
 
+// Held appends reach the file in blocks, and before anything else reads or
+// writes records; the table closes as if each had been written at once.
+TEST_F(TableFileTest, HeldAppendsGiveTheSameFile) {
+  auto fill = [&](const std::string& name, bool hold) {
+    std::string path = Create({{"K", "C", 6}, {"V", "C", 200}}, {}, name);
+    dBase table;
+    table.OpenMode(dBase::kReadWrite);
+    table.OpenFile(path);
+    if (hold) table.HoldAppends();
+    for (int n = 1; n <= 70000; ++n) {
+      table.InitRecord();
+      table.PutText(1, std::to_string(n));
+      table.PutText(2, "é");
+      table.PutRecord(0);
+      EXPECT_EQ(table.RecordNo(), n);
+    }
+    EXPECT_EQ(table.RecordCount(), Variant(int32_t{70000}));
+    if (hold) {
+      EXPECT_LT(testing::Le32(ReadBytes(path), 4), 70000u);  // the last block is still held
+      table.GetRecord(70000);
+      EXPECT_EQ(table.Value(1).ToText(), "70000 ");
+      EXPECT_EQ(testing::Le32(ReadBytes(path), 4), 70000u);
+      table.InitRecord();
+      table.PutRecord(0);  // holds again after the read
+      EXPECT_EQ(testing::Le32(ReadBytes(path), 4), 70000u);
+    } else {
+      table.InitRecord();
+      table.PutRecord(0);
+    }
+    table.CloseFile();
+    return ReadBytes(path);
+  };
+  std::string held = fill("held.zpd", true);
+  EXPECT_EQ(testing::Le32(held, 4), 70001u);
+  EXPECT_EQ(held, fill("direct.zpd", false));
+}
+
 TEST_F(TableFileTest, ValuesAreCutPaddedAndConvertedToTheCodePage) {
   std::string path =
       Create({{"K", "C", 4}, {"NAME", "C", 5}}, {{"toolong", "Café"}, {"", "ÀÉÎÕÜx"}});

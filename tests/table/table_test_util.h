@@ -80,6 +80,18 @@ inline Rows ArrayRows(const Variant& values) {
   return rows;
 }
 
+// The cells of table records as text, row by row.
+inline Rows RecordRows(const TableRecords& records) {
+  Rows rows;
+  for (int32_t r = 1; r <= records.RowCount(); ++r) {
+    rows.emplace_back();
+    for (int32_t c = 1; c <= records.ColumnCount(); ++c) {
+      rows.back().push_back(records.Cell(c, r).ToText());
+    }
+  }
+  return rows;
+}
+
 }  // namespace zephyr::testing
 
 #endif  // ZEPHYR_TESTS_TABLE_TABLE_TEST_UTIL_H_

@@ -21,6 +21,9 @@ class CodePage {
   const std::string& Name() const { return name_; }
   // True when every character of the code page is one byte.
   bool IsSingleByte() const { return single_byte_; }
+  // True when ASCII text converts to and from the code page unchanged, so
+  // that such text needs no conversion.
+  bool KeepsAscii() const { return keeps_ascii_; }
 
   // Code-page bytes to UTF-8. A byte the code page leaves undefined becomes
   // the character with the same number, so that it survives a round trip.
@@ -38,6 +41,7 @@ class CodePage {
   std::string name_;
   bool single_byte_ = false;
   bool ascii_compatible_ = false;
+  bool keeps_ascii_ = false;
   std::array<std::string, 256> decode_;                 // byte -> UTF-8
   std::unordered_map<char32_t, unsigned char> encode_;  // code point -> byte (non-ASCII)
 };

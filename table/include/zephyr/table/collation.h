@@ -20,6 +20,7 @@
 #define ZEPHYR_TABLE_COLLATION_H_
 
 #include <array>
+#include <bitset>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -35,6 +36,8 @@ class CodePageCollation {
   // The collation of ActiveCodePage(); built once per code page. Bulk
   // operations fetch it once rather than per value.
   static const CodePageCollation& Active();
+  // The collation of a code page; built once per code page.
+  static const CodePageCollation& Of(const CodePage& code_page);
 
   uint8_t Weight(unsigned char byte) const { return weight_[byte]; }
   unsigned char Upper(unsigned char byte) const { return upper_[byte]; }
@@ -44,10 +47,15 @@ class CodePageCollation {
   // code-page bytes).
   int Compare(std::string_view a, std::string_view b) const;
 
-  // Appends the weights of the bytes to key. When descending, every byte is
-  // first replaced by the byte 255 minus its code. Two keys compare as plain
-  // strings exactly as Compare compares the (rewritten) texts.
-  void AppendSortKey(std::string_view bytes, bool descending, std::string* key) const;
+  // Replaces every byte by its weight: two weighed texts compare as plain
+  // strings exactly as Compare compares the texts.
+  void Weigh(std::string* bytes) const;
+
+  // True when the weights of the bytes in `present` rise strictly with the
+  // bytes themselves. Texts made only of those bytes then compare as their
+  // bytes do and are sorted without weighing; digits and blanks always
+  // weigh so.
+  bool WeighsInByteOrder(const std::bitset<256>& present) const;
 
  private:
   std::array<uint8_t, 256> weight_{};

@@ -29,12 +29,14 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "zephyr/support/errors.h"
 #include "zephyr/support/file.h"
 #include "zephyr/support/variant.h"
 #include "zephyr/table/fields.h"
 #include "zephyr/table/table_header.h"
+#include "zephyr/table/table_records.h"
 
 namespace zephyr {
 
@@ -105,6 +107,8 @@ class dBase {
   // Writes the value's text into a "C" column, blank-padded or cut to the
   // column's length in code-page bytes; other column types ignore it.
   void Value(int32_t index, const Variant& value);
+  // The same for text, without making a Variant of it.
+  void PutText(int32_t index, std::string_view text);
 
   // Opens or creates file_name according to OpenMode, closing any open table
   // first (which resets OpenMode and Fields, so set them after closing).
@@ -131,11 +135,23 @@ class dBase {
   // written, closes the file and resets the object.
   void CloseFile();
 
+  // From now until CloseFile, appends collect in memory and reach the file
+  // in large writes, each followed by the header with the new count; any
+  // other read or write of records, and CloseFile, writes them first. Appends
+  // then no longer re-read the header: only for a table that nobody else
+  // uses while it is open, such as a work table that is renamed into place
+  // once complete.
+  void HoldAppends();
+
   // The live records as a table array (column, row), both from 1, in file
   // order; each element is what Value returns. An empty Variant when no table
   // is open or it has no records. A table whose records are all deleted
   // raises subscript out of range (9).
   Variant GetTableValues();
+  // The same records kept as their bytes, each cell made on demand; null
+  // where GetTableValues gives an empty Variant, and the same error when all
+  // records are deleted.
+  std::unique_ptr<TableRecords> ReadRecords();
 
   // Sorts the rows of a table array in place by column sort_column and
   // returns values. The order is exactly that of a Shell sort with halving
@@ -172,6 +188,12 @@ class dBase {
   void WriteHeader(uint32_t count);
   // The file offset of a record, with the header in memory.
   int64_t RecordOffset(int64_t rec_no) const;
+  void WriteText(const Field& field, std::string_view text);
+  // The number an appended record gets; raises overflow when there is none.
+  int32_t NextRecordNumber() const;
+  // Appends the buffer to the held records, writing them when they are many.
+  void HoldAppend();
+  void WriteHeldRecords();
   void Reset();
 
   TableHeader header_;
@@ -186,6 +208,9 @@ class dBase {
   std::string buffer_;  // code-page bytes of the current record
   bool dirty_ = false;
   bool batch_ = false;
+  bool hold_appends_ = false;
+  std::string held_;       // appended records not yet written
+  int64_t held_from_ = 0;  // the record number of the first of them
 };
 
 }  // namespace zephyr
