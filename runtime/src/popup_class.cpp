@@ -1,5 +1,6 @@
 #include "zephyr/runtime/popup_class.h"
 
+#include "loaded_table.h"
 #include "log_module.h"
 #include "zephyr/support/debug_log.h"
 #include "zephyr/support/errors.h"
@@ -19,19 +20,20 @@ PopupClass::~PopupClass() {
   selected_strong_.reset();
   fields_.reset();
   items_.reset();
+  LoadedTable::Release(table_values_);
   ClosePopup();
   DebugLog(kPopupClassModule, "Class Terminate", "Popup Class Terminated");
 }
 
 Variant PopupClass::Values(int32_t Col, int32_t Row) const {
-  const VariantArray* table = table_values_.AsArray();
-  if (!table) throw RuntimeError(RuntimeErrorCode::kTypeMismatch, "no table values were read");
-  return table->At(Col, Row);
+  if (!table_values_) {
+    throw RuntimeError(RuntimeErrorCode::kTypeMismatch, "no table values were read");
+  }
+  return table_values_->Records().Cell(Col, Row);
 }
 
 int32_t PopupClass::RowCount() const {
-  const VariantArray* table = table_values_.AsArray();
-  return table && table->Dimensions() == 2 ? table->UBound(2) : 0;
+  return table_values_ ? table_values_->Records().RowCount() : 0;
 }
 
 std::shared_ptr<PopupValues> PopupClass::PopupValues() {

@@ -1,10 +1,15 @@
 #include "zephyr/runtime/popup_item.h"
 
+#include <array>
 #include <limits>
 #include <mutex>
 #include <vector>
 
+#include "item_arena.h"
+#include "loaded_table.h"
+#include "zephyr/runtime/item_access.h"
 #include "zephyr/runtime/popup_items.h"
+#include "zephyr/support/text.h"
 
 namespace zephyr {
 
@@ -15,86 +20,60 @@ namespace {
 // then go through weak_from_this(), so an item on its way out yields null.
 //
 // Ids are handed out in increasing order and never reused while an item
-// holds them, so a stale id finds nothing. The table is an open-addressing
-// hash table (linear probing, deletion by backward shift): a million items
-// cost no allocation each.
+// holds them, so a stale id finds nothing. Consecutive ids share a page of
+// slots, made when the first of them is handed out and freed with the last:
+// a million items loaded together cost eight bytes each, and registering
+// or unregistering one is a single slot write.
 class ItemRegistry {
  public:
   int32_t Register(PopupItem* item) {
     std::lock_guard lock(mutex_);
-    if (2 * (count_ + 1) > slots_.size()) Grow();
     do {
       next_ = next_ == std::numeric_limits<int32_t>::max() ? 1 : next_ + 1;
-    } while (FindSlot(next_) != kNone);
-    Place(next_, item);
+    } while (Slot(next_) && *Slot(next_));
+    size_t number = static_cast<size_t>(next_) >> kPageBits;
+    if (number >= pages_.size()) pages_.resize(number + 1);
+    auto& page = pages_[number];
+    if (!page) page = std::make_unique<Page>();
+    page->items[static_cast<size_t>(next_) & kPageMask] = item;
+    ++page->live;
     return next_;
   }
 
   void Unregister(int32_t identity) {
     std::lock_guard lock(mutex_);
-    size_t slot = FindSlot(identity);
-    if (slot == kNone) return;
-    // Backward-shift deletion keeps every probe chain unbroken.
-    size_t mask = slots_.size() - 1;
-    size_t hole = slot;
-    for (size_t next = (hole + 1) & mask; slots_[next].item; next = (next + 1) & mask) {
-      size_t home = Home(slots_[next].identity);
-      if (((next - home) & mask) >= ((next - hole) & mask)) {
-        slots_[hole] = slots_[next];
-        hole = next;
-      }
-    }
-    slots_[hole] = {};
-    --count_;
+    PopupItem** slot = Slot(identity);
+    if (!slot || !*slot) return;
+    *slot = nullptr;
+    auto& page = pages_[static_cast<size_t>(identity) >> kPageBits];
+    if (--page->live == 0) page.reset();
   }
 
   std::shared_ptr<PopupItem> Find(int32_t identity) {
     std::lock_guard lock(mutex_);
-    size_t slot = FindSlot(identity);
-    return slot == kNone ? nullptr : slots_[slot].item->weak_from_this().lock();
+    PopupItem** slot = Slot(identity);
+    return slot && *slot ? (*slot)->weak_from_this().lock() : nullptr;
   }
 
  private:
-  struct Slot {
-    int32_t identity = 0;
-    PopupItem* item = nullptr;
+  static constexpr size_t kPageBits = 12;
+  static constexpr size_t kPageMask = (size_t{1} << kPageBits) - 1;
+  struct Page {
+    std::array<PopupItem*, size_t{1} << kPageBits> items{};
+    uint32_t live = 0;
   };
-  static constexpr size_t kNone = static_cast<size_t>(-1);
 
-  size_t Home(int32_t identity) const {
-    return (static_cast<uint32_t>(identity) * 2654435761u) & (slots_.size() - 1);
-  }
-
-  size_t FindSlot(int32_t identity) const {
-    if (slots_.empty()) return kNone;
-    size_t mask = slots_.size() - 1;
-    for (size_t slot = Home(identity); slots_[slot].item; slot = (slot + 1) & mask) {
-      if (slots_[slot].identity == identity) return slot;
-    }
-    return kNone;
-  }
-
-  void Place(int32_t identity, PopupItem* item) {
-    size_t mask = slots_.size() - 1;
-    size_t slot = Home(identity);
-    while (slots_[slot].item) slot = (slot + 1) & mask;
-    slots_[slot] = {identity, item};
-    ++count_;
-  }
-
-  void Grow() {
-    std::vector<Slot> old = std::move(slots_);
-    slots_.assign(old.empty() ? 1024 : old.size() * 2, Slot{});
-    count_ = 0;
-    for (const Slot& slot : old) {
-      if (slot.item) Place(slot.identity, slot.item);
-    }
+  // The slot of an identity, or null when its page does not exist.
+  PopupItem** Slot(int32_t identity) {
+    if (identity < 1) return nullptr;
+    size_t page = static_cast<size_t>(identity) >> kPageBits;
+    if (page >= pages_.size() || !pages_[page]) return nullptr;
+    return &pages_[page]->items[static_cast<size_t>(identity) & kPageMask];
   }
 
   std::mutex mutex_;
   int32_t next_ = 0;
-  size_t count_ = 0;
-  std::vector<Slot> slots_;
+  std::vector<std::unique_ptr<Page>> pages_;  // by identity >> kPageBits
 };
 
 ItemRegistry& Registry() {
@@ -102,9 +81,41 @@ ItemRegistry& Registry() {
   return *registry;
 }
 
+// Branches whose freeing is under way on this thread. An item hands its
+// children here instead of freeing them itself, and the outermost item being
+// freed frees them one after another, so no tree is deep enough to exhaust
+// the stack.
+struct PendingBranches {
+  std::vector<std::shared_ptr<PopupItems>> branches;
+  bool freeing = false;
+};
+
+void FreeBranch(std::shared_ptr<PopupItems> branch) {
+  thread_local PendingBranches pending;
+  pending.branches.push_back(std::move(branch));
+  if (pending.freeing) return;
+  pending.freeing = true;
+  while (!pending.branches.empty()) {
+    std::shared_ptr<PopupItems> next = std::move(pending.branches.back());
+    pending.branches.pop_back();
+    next.reset();
+  }
+  pending.freeing = false;
+}
+
+const std::string kNoKey;
+
+// A value as loaded: right-trimmed, and one blank when there is no text.
+std::string_view LoadedValue(std::string_view text) {
+  return Trim(text).empty() ? std::string_view(" ") : RTrim(text);
+}
+
 }  // namespace
 
 std::shared_ptr<PopupItem> PopupItem::Create() {
+  if (ItemArena::Current()) {
+    return std::allocate_shared<PopupItem>(ArenaAllocator<PopupItem>(), Token{});
+  }
   return std::make_shared<PopupItem>(Token{});
 }
 
@@ -112,24 +123,102 @@ PopupItem::PopupItem(Token) : identity_(Registry().Register(this)) {}
 
 PopupItem::~PopupItem() {
   Registry().Unregister(identity_);
+  LoadedTable::Release(table_);
+  if (extra_ && extra_->children) FreeBranch(std::move(extra_->children));
+}
+
+PopupItem::Extra& PopupItem::Extras() {
+  if (!extra_) extra_ = std::make_unique<Extra>();
+  return *extra_;
+}
+
+void PopupItem::ForgetRow() {
+  LoadedTable::Release(table_);
+  table_ = nullptr;
 }
 
 std::shared_ptr<PopupValues> PopupItem::PopupValues() {
-  if (!values_) values_ = std::make_shared<zephyr::PopupValues>();
-  return values_;
+  Extra& extra = Extras();
+  if (extra.values) return extra.values;
+  extra.values = std::make_shared<zephyr::PopupValues>();
+  if (table_) {
+    const TableRecords& records = table_->Records();
+    extra.values->Reserve(records.ColumnCount() - 1);
+    std::string scratch;
+    for (int32_t column = 2; column <= records.ColumnCount(); ++column) {
+      extra.values->Add(std::string(LoadedValue(records.Text(column, row_, &scratch))));
+    }
+    ForgetRow();
+  }
+  return extra.values;
+}
+
+void PopupItem::PopupValues(std::shared_ptr<zephyr::PopupValues> values) {
+  ForgetRow();
+  Extras().values = std::move(values);
+}
+
+void PopupItem::PopupKey(std::string key) {
+  if (loaded_key_is_key_ && key != key_) {
+    Extras().loaded_key = key_;
+    loaded_key_is_key_ = false;
+  }
+  key_ = std::move(key);
 }
 
 std::shared_ptr<PopupItems> PopupItem::Children() {
-  if (!children_) children_ = std::make_shared<PopupItems>();
-  return children_;
+  Extra& extra = Extras();
+  if (!extra.children) extra.children = std::make_shared<PopupItems>();
+  return extra.children;
+}
+
+void PopupItem::Children(std::shared_ptr<PopupItems> children) {
+  Extras().children = std::move(children);
 }
 
 bool PopupItem::HasChildren() const {
-  return children_ && children_->Count() > 0;
+  return extra_ && extra_->children && extra_->children->Count() > 0;
 }
 
 std::shared_ptr<PopupItem> FindItemByIdentity(int32_t identity) {
   return Registry().Find(identity);
+}
+
+const std::string& ItemAccess::LoadedKey(const PopupItem& item) {
+  if (item.loaded_key_is_key_) return item.key_;
+  return item.extra_ ? item.extra_->loaded_key : kNoKey;
+}
+
+void ItemAccess::SetLoadedKey(PopupItem& item, std::string key) {
+  item.loaded_key_is_key_ = key == item.key_;
+  if (item.loaded_key_is_key_) {
+    if (item.extra_) item.extra_->loaded_key = std::string();
+  } else {
+    item.Extras().loaded_key = std::move(key);
+  }
+}
+
+void ItemAccess::SetLoadedRow(PopupItem& item, const LoadedTable& table, int32_t row) {
+  LoadedTable::Release(item.table_);
+  item.table_ = LoadedTable::Hold(&table);
+  item.row_ = row;
+}
+
+void ItemAccess::VisitValues(const PopupItem& item,
+                             const std::function<void(std::string_view)>& visit) {
+  if (item.extra_ && item.extra_->values) {
+    for (const auto& value : *item.extra_->values) visit(value->Value());
+  } else if (item.table_) {
+    const TableRecords& records = item.table_->Records();
+    std::string scratch;
+    for (int32_t column = 2; column <= records.ColumnCount(); ++column) {
+      visit(LoadedValue(records.Text(column, item.row_, &scratch)));
+    }
+  }
+}
+
+void ItemAccess::Reserve(PopupItems& items, int32_t count) {
+  items.items_.Reserve(count);
 }
 
 }  // namespace zephyr

@@ -62,9 +62,11 @@ void PopupClass::LoadTopLevel() {
   DebugLog(kPopupClassModule, "LoadTopLevel", "Opening: " + path);
   table_->OpenFile(path);
   DebugLog(kPopupClassModule, "LoadTopLevel", "GetTableValues");
-  table_values_ = table_->GetTableValues();
+  std::unique_ptr<TableRecords> records = table_->ReadRecords();
   DebugLog(kPopupClassModule, "LoadTopLevel", "SortTableValues");
-  if (RowCount() > 0) table_->SortTableValues(table_values_, 1, false);
+  if (records) records->SortBy(1);
+  LoadedTable::Release(table_values_);
+  table_values_ = records ? LoadedTable::Create(std::move(records)) : nullptr;
   DebugLog(kPopupClassModule, "LoadTopLevel", "RecordCount: " + table_->RecordCount().ToText());
   progress.SetMaximum(RowCount() < 1 ? 1 : RowCount());
 
@@ -72,7 +74,7 @@ void PopupClass::LoadTopLevel() {
   if (RowCount() > 0) {
     auto levels = PopupLevels();
     items_->Question(levels->Item(1)->Question().ToText());
-    BuildItemTree({table_values_.AsArray(), levels_count_, levels.get(), path}, *items_, progress);
+    BuildItemTree({table_values_, levels_count_, levels.get(), path}, *items_, progress);
   }
   table_->CloseFile();
 }

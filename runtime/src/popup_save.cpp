@@ -64,7 +64,11 @@ void PopupClass::SavePopup() {
     }
     table_->OpenMode(1);
     table_->OpenFile(folder + work_file_name_);
-    if (table_->FileExists()) return;
+    if (table_->FileExists()) {
+      // The work table is the save's alone until SaveClose renames it.
+      table_->HoldAppends();
+      return;
+    }
   } catch (const std::exception&) {
     // Reported below like a table that could not be created.
   }
@@ -76,10 +80,10 @@ void PopupClass::SavePopup() {
 void PopupClass::WritePopupRecord(const std::shared_ptr<PopupItem>& Item) {
   if (table_ && table_->FileExists()) {
     table_->InitRecord();
-    table_->Value(1, Variant(Item->PopupKey()));
-    auto values = Item->PopupValues();
+    table_->PutText(1, Item->PopupKey());
     int32_t column = 2;
-    for (const auto& value : *values) table_->Value(column++, Variant(value->Value()));
+    ItemAccess::VisitValues(*Item,
+                            [&](std::string_view value) { table_->PutText(column++, value); });
     table_->PutRecord(0);
   }
   ItemAccess::SetLoadedKey(*Item, Item->PopupKey());

@@ -4,63 +4,114 @@
 #include <unordered_map>
 #include <vector>
 
+#include "item_arena.h"
 #include "zephyr/runtime/item_access.h"
 #include "zephyr/runtime/popup_key.h"
 #include "zephyr/support/errors.h"
 #include "zephyr/support/text.h"
+#include "zephyr/table/table_records.h"
 
 namespace zephyr {
 
 namespace {
 
-// Rows grouped by the first (pattern length - 1) characters of their key:
-// the part a child pattern compares. Each group lists its rows in table order.
-class RowGroups {
+// The key (column 1) of every row as UTF-8 text: the bytes in the records
+// where they read as themselves, as they nearly always do, else converted.
+class KeyTexts {
  public:
-  RowGroups(const VariantArray& values, size_t compared) {
-    int32_t rows = values.UBound(2);
-    keys_.reserve(static_cast<size_t>(rows));
-    for (int32_t row = 1; row <= rows; ++row) {
-      const Variant& cell = values.At(1, row);
-      keys_.push_back(cell.IsText() ? cell.Text() : cell.ToText());
-      const std::string& key = keys_.back();
-      if (key.size() < compared) continue;  // too short to match any pattern
-      groups_[std::string_view(key).substr(0, compared)].push_back(row);
+  explicit KeyTexts(const TableRecords& records) : records_(records) {
+    bool plain = true;
+    for (int32_t row = 1; plain && row <= records.RowCount(); ++row) {
+      plain = records.ReadsAsItself(records.Bytes(1, row));
+    }
+    if (plain) return;
+    converted_.reserve(static_cast<size_t>(records.RowCount()));
+    for (int32_t row = 1; row <= records.RowCount(); ++row) {
+      std::string scratch;
+      converted_.emplace_back(records.Text(1, row, &scratch));
     }
   }
 
-  // The rows whose key matches the pattern, in table order.
-  const std::vector<int32_t>* Matching(std::string_view pattern) const {
+  std::string_view Key(int32_t row) const {
+    return converted_.empty() ? records_.Bytes(1, row) : converted_[static_cast<size_t>(row - 1)];
+  }
+
+ private:
+  const TableRecords& records_;
+  std::vector<std::string> converted_;
+};
+
+// Rows that follow one another in the table, first to last.
+struct Run {
+  int32_t first;
+  int32_t last;
+};
+// The rows of one group in table order. Sorted keys keep a group together,
+// so it is nearly always a single run.
+using Group = std::vector<Run>;
+
+// Rows grouped by the first (pattern length - 1) characters of their key:
+// the part a child pattern compares.
+class RowGroups {
+ public:
+  RowGroups(const KeyTexts& keys, int32_t rows, size_t compared) {
+    Group* last = nullptr;
+    std::string_view last_head;
+    for (int32_t row = 1; row <= rows; ++row) {
+      std::string_view key = keys.Key(row);
+      if (key.size() < compared) continue;  // too short to match any pattern
+      std::string_view head = key.substr(0, compared);
+      if (!last || head != last_head) {
+        last = &groups_[head];
+        last_head = head;
+      }
+      if (!last->empty() && last->back().last == row - 1) {
+        last->back().last = row;
+      } else {
+        last->push_back({row, row});
+      }
+    }
+  }
+
+  // The rows whose key matches the pattern.
+  const Group* Matching(std::string_view pattern) const {
     if (pattern.empty() || pattern.back() != '*') return nullptr;
     auto found = groups_.find(pattern.substr(0, pattern.size() - 1));
     return found == groups_.end() ? nullptr : &found->second;
   }
 
-  const std::string& Key(int32_t row) const { return keys_[static_cast<size_t>(row - 1)]; }
+  static int32_t Size(const Group& group) {
+    int32_t size = 0;
+    for (const Run& run : group) size += run.last - run.first + 1;
+    return size;
+  }
 
  private:
-  std::vector<std::string> keys_;  // column 1 of every row, as text
-  std::unordered_map<std::string_view, std::vector<int32_t>> groups_;
+  std::unordered_map<std::string_view, Group> groups_;
 };
 
 class TreeBuilder {
  public:
   TreeBuilder(const TreeSource& source, Progress& progress)
       : source_(source),
+        records_(source.table->Records()),
         progress_(progress),
-        columns_(source.values->UBound(1)),
-        groups_(*source.values, static_cast<size_t>(2 * source.levels - 2)) {}
+        keys_(records_),
+        groups_(keys_, records_.RowCount(), static_cast<size_t>(2 * source.levels - 2)) {}
 
   void Build(PopupItems& top) {
     std::string root = ChildPattern("", source_.levels);
-    const std::vector<int32_t>* rows = groups_.Matching(root);
+    const Group* rows = groups_.Matching(root);
     if (!rows) return;
-    for (int32_t row : *rows) {
-      auto item = AddItem(top, row);
-      ItemAccess::SetLoadedKey(*item, item->PopupKey());
-      ItemAccess::SetLevel(*item, 1);
-      path_.assign(1, root);
-      LoadChildren(item, row);
+    ItemAccess::Reserve(top, RowGroups::Size(*rows));
+    for (const Run& run : *rows) {
+      for (int32_t row = run.first; row <= run.last; ++row) {
+        auto item = AddItem(top, row);
+        ItemAccess::SetLoadedKey(*item, item->PopupKey());
+        ItemAccess::SetLevel(*item, 1);
+        path_.assign(1, root);
+        LoadChildren(item, row);
+      }
     }
   }
 
@@ -68,10 +119,11 @@ class TreeBuilder {
   // One item whose children are still being added.
   struct Frame {
     std::shared_ptr<PopupItem> parent;
-    const std::vector<int32_t>* rows;
-    size_t next;
+    const Group* rows;
+    size_t run;
+    int32_t next;  // the next row of that run
     int16_t child_level;
-    std::string question;
+    PopupItems* children;  // made with the first child
   };
 
   // Depth first, with an explicit stack, so deep or malformed trees never
@@ -81,45 +133,53 @@ class TreeBuilder {
     Push(stack, first, row);
     while (!stack.empty()) {
       Frame& frame = stack.back();
-      if (!frame.rows || frame.next == frame.rows->size()) {
+      if (frame.next > (*frame.rows)[frame.run].last && ++frame.run < frame.rows->size()) {
+        frame.next = (*frame.rows)[frame.run].first;
+      }
+      if (frame.run == frame.rows->size()) {
         stack.pop_back();
         path_.pop_back();
         continue;
       }
-      int32_t row = (*frame.rows)[frame.next++];
-      auto parent = frame.parent;
-      auto children = parent->Children();
-      auto child = AddItem(*children, row);
+      int32_t row = frame.next++;
+      bool first_child = !frame.children;
+      if (first_child) {
+        frame.children = frame.parent->Children().get();
+        ItemAccess::Reserve(*frame.children, RowGroups::Size(*frame.rows));
+      }
+      auto child = AddItem(*frame.children, row);
       progress_.ProcessEvents();
-      if (frame.question.empty()) frame.question = LevelQuestion(frame.child_level);
-      children->Question(frame.question);
+      if (first_child) frame.children->Question(LevelQuestion(frame.child_level));
       ItemAccess::SetLevel(*child, frame.child_level);
       ItemAccess::SetLoadedKey(*child, child->PopupKey());
-      child->Parent(parent);
+      child->Parent(frame.parent);
       Push(stack, child, row);
     }
   }
 
-  // Starts on the children of the item loaded from `row`. An item whose
-  // child pattern is that of an item above it (or of the root) would find
-  // itself among its own descendants again and again: its key's own code is
-  // blank. The original algorithm descended until the stack ran out.
+  // Starts on the children of the item loaded from `row`, if it has any. An
+  // item whose child pattern is that of an item above it (or of the root)
+  // would find itself among its own descendants again and again: its key's
+  // own code is blank. The original algorithm descended until the stack ran
+  // out.
   void Push(std::vector<Frame>& stack, const std::shared_ptr<PopupItem>& parent, int32_t row) {
     std::string pattern = ChildPattern(parent->PopupKey(), source_.levels);
     for (const std::string& ancestor : path_) {
       if (ancestor == pattern) {
         throw RuntimeError(RuntimeErrorCode::kOutOfStackSpace,
-                           "the key '" + groups_.Key(row) + "' in '" + source_.file +
+                           "the key '" + std::string(keys_.Key(row)) + "' in '" + source_.file +
                                "' has a blank own code, so its item would contain itself");
       }
     }
-    path_.push_back(pattern);
+    const Group* rows = groups_.Matching(pattern);
+    if (!rows) return;  // a leaf
+    path_.push_back(std::move(pattern));
     int16_t child_level = ToInt16Checked(CompactPath(parent->PopupKey()).size() / 2.0 + 1);
-    stack.push_back({parent, groups_.Matching(pattern), 0, child_level, {}});
+    stack.push_back({parent, rows, 0, rows->front().first, child_level, nullptr});
   }
 
   std::shared_ptr<PopupItem> AddItem(PopupItems& siblings, int32_t row) {
-    std::string key(RTrim(groups_.Key(row)));
+    std::string key(RTrim(keys_.Key(row)));
     std::shared_ptr<PopupItem> item;
     try {
       item = siblings.Add(key);
@@ -129,13 +189,7 @@ class TreeBuilder {
                          "the key '" + key + "' appears twice in '" + source_.file + "'");
     }
     progress_.SetValue(++count_);
-    auto values = item->PopupValues();
-    values->Reserve(columns_ - 1);
-    for (int32_t column = 2; column <= columns_; ++column) {
-      const Variant& cell = source_.values->At(column, row);
-      std::string_view text = cell.IsText() ? std::string_view(cell.Text()) : std::string_view();
-      values->Add(Trim(text).empty() ? std::string(" ") : std::string(RTrim(text)));
-    }
+    ItemAccess::SetLoadedRow(*item, *source_.table, row);
     return item;
   }
 
@@ -144,8 +198,9 @@ class TreeBuilder {
   }
 
   const TreeSource& source_;
+  const TableRecords& records_;
   Progress& progress_;
-  int32_t columns_;
+  KeyTexts keys_;
   RowGroups groups_;
   int32_t count_ = 0;
   // The child patterns of the items on the current path, root first.
@@ -155,6 +210,7 @@ class TreeBuilder {
 }  // namespace
 
 void BuildItemTree(const TreeSource& source, PopupItems& top, Progress& progress) {
+  ItemArena arena;
   TreeBuilder(source, progress).Build(top);
 }
 

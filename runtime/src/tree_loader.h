@@ -12,16 +12,16 @@
 
 #include <string>
 
+#include "loaded_table.h"
 #include "zephyr/runtime/popup_items.h"
 #include "zephyr/runtime/popup_levels.h"
 #include "zephyr/support/progress.h"
-#include "zephyr/support/variant.h"
 
 namespace zephyr {
 
 struct TreeSource {
-  const VariantArray* values;  // (column, row), sorted by column 1
-  int levels;                  // the popup's level count
+  const LoadedTable* table;  // rows sorted by column 1; items keep their row
+  int levels;                // the popup's level count
   const PopupLevels* questions;
   std::string file;  // named in errors
 };

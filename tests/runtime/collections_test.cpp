@@ -4,6 +4,7 @@
 #include <random>
 
 #include "helpers/error_number.h"
+#include "zephyr/runtime/item_access.h"
 #include "zephyr/runtime/popup_fields.h"
 #include "zephyr/runtime/popup_items.h"
 #include "zephyr/runtime/popup_levels.h"
@@ -45,6 +46,26 @@ TEST(PopupItemsTest, KeysAndPositionsStayConsistent) {
   items.Clear();
   EXPECT_EQ(items.Count(), 0);
   items.Add("  01");
+}
+
+// Keys longer than the 15 bytes an entry holds in place, in collections small
+// enough to search and large enough to index, made room for or not.
+TEST(PopupItemsTest, KeysOfAnyLengthFindTheirItems) {
+  for (auto [count, reserved] : {std::pair{5, false}, {40, false}, {40, true}}) {
+    PopupItems items;
+    if (reserved) ItemAccess::Reserve(items, 100);
+    std::vector<std::string> keys;
+    for (int i = 0; i < count; ++i) keys.push_back(std::string(i % 20, ' ') + std::to_string(i));
+    for (const auto& key : keys) items.Add(key);
+    for (const auto& key : keys) ASSERT_EQ(items.Item(key)->PopupKey(), key) << count;
+    EXPECT_EQ(ErrorNumberOf([&] { items.Add(keys.back()); }), 457);
+    items.Remove(keys[0]);
+    items.Remove(2);  // keys[2]
+    EXPECT_EQ(items.Item(keys[0]), nullptr);
+    EXPECT_EQ(items.Item(keys[2]), nullptr);
+    for (size_t i = 3; i < keys.size(); ++i) ASSERT_EQ(items.Item(keys[i])->PopupKey(), keys[i]);
+    EXPECT_EQ(items.Item(2)->PopupKey(), keys[3]);
+  }
 }
 
 TEST(OtherCollectionsTest, ErrorsOrderAndArguments) {
@@ -94,6 +115,17 @@ TEST(PopupItemTest, ChildrenAreCreatedOnFirstReadAndParentsAreWeak) {
   }
   EXPECT_TRUE(watch_parent.expired());  // a dropped tree is freed
   EXPECT_TRUE(watch_child.expired());
+}
+
+TEST(PopupItemTest, ADeepBranchIsFreedWithoutExhaustingTheStack) {
+  std::weak_ptr<PopupItem> deepest;
+  {
+    auto top = PopupItem::Create();
+    auto item = top;
+    for (int depth = 0; depth < 200000; ++depth) item = item->Children()->Add("01");
+    deepest = item;
+  }
+  EXPECT_TRUE(deepest.expired());
 }
 
 TEST(PopupItemTest, IdentitiesFindLiveItemsOnlyInAnyOrderOfFreeing) {

@@ -73,6 +73,25 @@ TEST_F(PopupOpenTest, SortsTheRowsAndLinksTheTree) {
   EXPECT_EQ(pears->Children()->Item(1)->Parent(), pears);
 }
 
+// An item's values are made when first read and then kept, so that a value
+// read from an item stays that item's value; items outlive their popup.
+TEST_F(PopupOpenTest, ValuesAreMadeOnFirstReadAndThenKept) {
+  WritePopupFiles(dir_.Path(), "P", kFruit, {{"    01", "Fruit", "x"}, {"01  01", "Apples", ""}});
+  auto popup = Open();
+  auto fruit = popup->PopupItems()->Item(1);
+  auto apples = fruit->Children()->Item(1);
+  auto values = apples->PopupValues();
+  EXPECT_EQ(apples->PopupValues(), values);
+  auto name = values->Item(1);
+  name->Value("Pears");
+  EXPECT_EQ(apples->PopupValues()->Item(1), name);
+  EXPECT_EQ(apples->PopupValues()->Item(1)->Value(), "Pears");
+  popup.reset();
+  EXPECT_EQ(fruit->PopupValues()->Item(2)->Value(), "x");
+  EXPECT_EQ(apples->Parent(), fruit);
+  EXPECT_EQ(FindItemByIdentity(apples->Identity()), apples);
+}
+
 TEST_F(PopupOpenTest, OrphansAreLeftOutAndProgressCountsTheItems) {
   WritePopupFiles(dir_.Path(), "P", kFruit,
                   {{"    01", "a", ""},

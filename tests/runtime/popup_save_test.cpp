@@ -65,6 +65,30 @@ TEST_F(PopupSaveTest, ASavedPopupOpensAsTheSameTree) {
   EXPECT_EQ(reread->PopupValues()->Item(1)->Value(), "Crisps, salt");  // cut to the column
 }
 
+// Values never read are saved as loaded, others as they now are; a changed
+// key counts as loaded once it is saved.
+TEST_F(PopupSaveTest, ValuesAreSavedAsLoadedOrAsChanged) {
+  WritePopupFiles(dir_.Path(), "Shop", kShop,
+                  {{"  01", "Drinks"}, {"  02", "  Snacks"}, {"  03", ""}});
+  auto popup = OpenShop(dir_.Path());
+  auto items = popup->PopupItems();
+  auto drinks = items->Item(1);
+  drinks->PopupKey("  04");
+  EXPECT_EQ(ItemAccess::LoadedKey(*drinks), "  01");
+  items->Item(3)->PopupValues()->Item(1)->Value("Bread");
+  items->Item(2)->PopupValues(std::make_shared<PopupValues>());
+  SavePopupInTreeOrder(*popup);
+  EXPECT_EQ(ItemAccess::LoadedKey(*drinks), "  04");
+
+  auto again = OpenShop(dir_.Path());
+  std::vector<std::string> saved;
+  for (int32_t row = 1; row <= again->RowCount(); ++row) {
+    saved.push_back(again->Values(1, row).ToText() + "|" + again->Values(2, row).ToText());
+  }
+  EXPECT_EQ(saved, (std::vector<std::string>{"  02|" + std::string(12, ' '), "  03|Bread       ",
+                                             "  04|Drinks      "}));
+}
+
 TEST_F(PopupSaveTest, TheWorkTableHasOneColumnPerFieldAndFailuresAreReportedNotRaised) {
   auto messages = std::make_shared<ScriptedMessageBox>();
   PopupClass popup;

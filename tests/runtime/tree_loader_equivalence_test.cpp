@@ -4,6 +4,7 @@
 // rows as OpenPopup, on many random tables.
 #include <gtest/gtest.h>
 
+#include <numeric>
 #include <random>
 
 #include "helpers/literal_loader.h"
@@ -39,9 +40,17 @@ class RandomTable {
  public:
   explicit RandomTable(uint32_t start) : random_(start) {}
 
-  std::vector<testing::Row> Rows(int levels, bool allow_blank_codes) {
+  // Wide tables have dozens of distinct top-level keys, so that sibling
+  // sets are large enough to be looked up through their index.
+  std::vector<testing::Row> Rows(int levels, bool allow_blank_codes, bool wide) {
     rows_.clear();
     levels_ = levels;
+    if (wide) {
+      std::vector<int> codes(99);
+      std::iota(codes.begin(), codes.end(), 1);
+      std::shuffle(codes.begin(), codes.end(), random_);
+      for (int i = 0; i < 30; ++i) Branch(std::to_string(100 + codes[i]).substr(1), 1);
+    }
     int top = Uniform(0, 8);
     for (int i = 0; i < top; ++i) Branch(Code(), 1);
     int extras = Uniform(0, 6);
@@ -120,7 +129,7 @@ TEST(TreeLoaderEquivalenceTest, MatchesTheLiteralAlgorithmOnRandomTables) {
     testing::PopupDesign design;
     for (int l = 1; l <= levels; ++l) design.questions.push_back("Question " + std::to_string(l));
     design.fields = {{"A", 6}, {"B", 4}};
-    auto rows = generator.Rows(levels, round % 3 == 0);
+    auto rows = generator.Rows(levels, round % 3 == 0, round % 10 == 1);
     testing::WritePopupFiles(dir.Path(), "R", design, rows);
 
     PopupClass popup;

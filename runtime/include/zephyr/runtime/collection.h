@@ -8,25 +8,26 @@
 #define ZEPHYR_RUNTIME_COLLECTION_H_
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
+#include "zephyr/runtime/collection_key.h"
 #include "zephyr/support/errors.h"
 #include "zephyr/support/variant.h"
 
 namespace zephyr {
 
-template <typename T>
+template <typename T, template <typename> class Allocator = std::allocator>
 class Collection {
   struct Entry {
     std::shared_ptr<T> element;
-    std::string key;
-    bool keyed;
+    CollectionKey key;
   };
+  using Entries = std::vector<Entry, Allocator<Entry>>;
 
  public:
   using Pointer = std::shared_ptr<T>;
@@ -34,7 +35,7 @@ class Collection {
   // Iterates over the elements (as const Pointer&) in order.
   class const_iterator {
    public:
-    using Base = typename std::vector<Entry>::const_iterator;
+    using Base = typename Entries::const_iterator;
     explicit const_iterator(Base base) : base_(base) {}
     const Pointer& operator*() const { return base_->element; }
     const Pointer* operator->() const { return &base_->element; }
@@ -51,7 +52,7 @@ class Collection {
   int32_t Count() const { return static_cast<int32_t>(entries_.size()); }
 
   // Appends without a key.
-  void Add(Pointer element) { entries_.push_back({std::move(element), {}, false}); }
+  void Add(Pointer element) { entries_.push_back({std::move(element), CollectionKey()}); }
 
   // Appends under a key; a key already present raises duplicate key (457)
   // and nothing is added.
@@ -59,11 +60,11 @@ class Collection {
     if (FindEntry(key) != nullptr) {
       throw RuntimeError(RuntimeErrorCode::kDuplicateKey, "key '" + key + "'");
     }
-    entries_.push_back({std::move(element), std::move(key), true});
-    if (index_) {
-      index_->emplace(entries_.back().key, entries_.size() - 1);
-    } else if (entries_.size() > kIndexThreshold) {
-      RebuildIndex();
+    entries_.push_back({std::move(element), CollectionKey(key)});
+    if (2 * entries_.size() > index_.size()) {
+      RebuildIndex(entries_.size());
+    } else {
+      Place(entries_.size() - 1);
     }
   }
 
@@ -111,18 +112,23 @@ class Collection {
     // The element is released after the collection is consistent again.
     Pointer removed = std::move(entries_[offset].element);
     entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(offset));
-    if (index_) RebuildIndex();
+    if (!index_.empty()) RebuildIndex(entries_.size());
   }
 
   // Removes every element, first to last.
   void Clear() {
-    std::vector<Entry> removed = std::move(entries_);
+    Entries removed = std::move(entries_);
     entries_.clear();
-    index_.reset();
+    index_.clear();
     for (Entry& entry : removed) entry.element.reset();
   }
 
-  void Reserve(int32_t count) { entries_.reserve(static_cast<size_t>(std::max(count, 0))); }
+  // Makes room for `count` elements in all, and for their keys in the index.
+  void Reserve(int32_t count) {
+    auto room = static_cast<size_t>(std::max(count, 0));
+    entries_.reserve(room);
+    if (2 * room > index_.size()) RebuildIndex(room);
+  }
 
   const_iterator begin() const { return const_iterator(entries_.begin()); }
   const_iterator end() const { return const_iterator(entries_.end()); }
@@ -133,24 +139,38 @@ class Collection {
   static constexpr size_t kIndexThreshold = 16;
 
   const Entry* FindEntry(const std::string& key) const {
-    if (index_) {
-      auto found = index_->find(key);
-      return found == index_->end() ? nullptr : &entries_[found->second];
+    if (index_.empty()) {
+      for (const Entry& entry : entries_) {
+        if (entry.key.HasKey() && entry.key.Text() == key) return &entry;
+      }
+      return nullptr;
     }
-    for (const Entry& entry : entries_) {
-      if (entry.keyed && entry.key == key) return &entry;
+    const size_t mask = index_.size() - 1;
+    for (size_t slot = Hash(key) & mask; index_[slot] != 0; slot = (slot + 1) & mask) {
+      const Entry& entry = entries_[index_[slot] - 1];
+      if (entry.key.Text() == key) return &entry;
     }
     return nullptr;
   }
 
-  void RebuildIndex() {
-    index_.reset();
-    if (entries_.size() <= kIndexThreshold) return;
-    index_ = std::make_unique<std::unordered_map<std::string, size_t>>();
-    index_->reserve(entries_.size());
-    for (size_t i = 0; i < entries_.size(); ++i) {
-      if (entries_[i].keyed) index_->emplace(entries_[i].key, i);
-    }
+  static size_t Hash(std::string_view key) { return std::hash<std::string_view>()(key); }
+
+  // Enters the keyed element at a 0-based position into the index.
+  void Place(size_t position) {
+    if (index_.empty() || !entries_[position].key.HasKey()) return;
+    const size_t mask = index_.size() - 1;
+    size_t slot = Hash(entries_[position].key.Text()) & mask;
+    while (index_[slot] != 0) slot = (slot + 1) & mask;
+    index_[slot] = static_cast<uint32_t>(position + 1);
+  }
+
+  // Sizes the index for `count` elements (none when they are few) and
+  // enters the elements there are.
+  void RebuildIndex(size_t count) {
+    index_.clear();
+    if (count <= kIndexThreshold) return;
+    index_.assign(std::bit_ceil(2 * count), 0);
+    for (size_t i = 0; i < entries_.size(); ++i) Place(i);
   }
 
   static int32_t ToPosition(const Variant& index) {
@@ -160,9 +180,10 @@ class Collection {
     return index.ToInt32();
   }
 
-  std::vector<Entry> entries_;
-  // Key -> 0-based position, kept only while the collection is large.
-  std::unique_ptr<std::unordered_map<std::string, size_t>> index_;
+  Entries entries_;
+  // Kept only while the collection is large: an open-addressing table of
+  // 1-based positions of keyed elements (0 is a free slot), at most half full.
+  std::vector<uint32_t, Allocator<uint32_t>> index_;
 };
 
 }  // namespace zephyr

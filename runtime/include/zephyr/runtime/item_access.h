@@ -1,19 +1,34 @@
 // Library-internal access to the members of PopupItem that clients cannot
-// write: the level and the key the item had when last loaded or written.
-// Loaders, the save path and the editor use it; host applications do not.
+// write: the level, the key the item had when last loaded or written, and
+// the table row its values are made from. Loaders, the save path and the
+// editor use it; host applications do not.
 #ifndef ZEPHYR_RUNTIME_ITEM_ACCESS_H_
 #define ZEPHYR_RUNTIME_ITEM_ACCESS_H_
 
+#include <cstdint>
+#include <functional>
 #include <string>
+#include <string_view>
 
 #include "zephyr/runtime/popup_item.h"
+#include "zephyr/runtime/popup_items.h"
 
 namespace zephyr {
 
 struct ItemAccess {
   static void SetLevel(PopupItem& item, int16_t level) { item.level_ = level; }
-  static const std::string& LoadedKey(const PopupItem& item) { return item.loaded_key_; }
-  static void SetLoadedKey(PopupItem& item, std::string key) { item.loaded_key_ = std::move(key); }
+  static const std::string& LoadedKey(const PopupItem& item);
+  static void SetLoadedKey(PopupItem& item, std::string key);
+
+  // Gives the item the row of a loaded table that its values are made from
+  // when first read (column 1 is the key, the values follow).
+  static void SetLoadedRow(PopupItem& item, const LoadedTable& table, int32_t row);
+  // Passes each of the item's values to `visit`, in order, without making
+  // PopupData objects for values not yet made.
+  static void VisitValues(const PopupItem& item,
+                          const std::function<void(std::string_view)>& visit);
+  // Makes room for `count` items in all.
+  static void Reserve(PopupItems& items, int32_t count);
 };
 
 }  // namespace zephyr

@@ -178,7 +178,7 @@ class PopupClass : public Object {
   std::shared_ptr<zephyr::PopupFields> fields_;
   std::shared_ptr<zephyr::PopupLevels> levels_;
   std::shared_ptr<zephyr::PopupValues> values_;
-  Variant table_values_;
+  const LoadedTable* table_values_ = nullptr;  // holds a reference while set
   std::unique_ptr<dBase> table_;
   std::shared_ptr<Progress> progress_;
   std::shared_ptr<MessageBox> message_box_;

@@ -5,6 +5,9 @@
 // Every item has a process-wide numeric identity, a registry id (never an
 // address), that the editor keeps as grid row data and that
 // PopupClass::SetSelectedItem turns back into the item while it lives.
+//
+// An item loaded from a table keeps only its row there until its values are
+// first read; they are then made once and kept like any others.
 #ifndef ZEPHYR_RUNTIME_POPUP_ITEM_H_
 #define ZEPHYR_RUNTIME_POPUP_ITEM_H_
 
@@ -17,6 +20,7 @@
 namespace zephyr {
 
 class PopupItems;
+class LoadedTable;
 struct ItemAccess;
 
 class PopupItem : public Object, public std::enable_shared_from_this<PopupItem> {
@@ -37,15 +41,15 @@ class PopupItem : public Object, public std::enable_shared_from_this<PopupItem> 
 
   // The item's values, created empty on first read.
   std::shared_ptr<zephyr::PopupValues> PopupValues();
-  void PopupValues(std::shared_ptr<zephyr::PopupValues> values) { values_ = std::move(values); }
+  void PopupValues(std::shared_ptr<zephyr::PopupValues> values);
 
   // The stored key (see popup_key.h).
   const std::string& PopupKey() const { return key_; }
-  void PopupKey(std::string key) { key_ = std::move(key); }
+  void PopupKey(std::string key);
 
   // The children, created empty on first read (a leaf answers an empty collection).
   std::shared_ptr<PopupItems> Children();
-  void Children(std::shared_ptr<PopupItems> children) { children_ = std::move(children); }
+  void Children(std::shared_ptr<PopupItems> children);
   // True when the children collection exists and is not empty; does not create it.
   bool HasChildren() const;
 
@@ -62,14 +66,25 @@ class PopupItem : public Object, public std::enable_shared_from_this<PopupItem> 
  private:
   friend struct ItemAccess;
 
+  // What most items of a large tree never need, made on first use.
+  struct Extra {
+    std::shared_ptr<zephyr::PopupValues> values;
+    std::shared_ptr<PopupItems> children;
+    std::string loaded_key;  // unless it is the key itself
+  };
+  Extra& Extras();
+  // Drops the table row the values would be made from.
+  void ForgetRow();
+
   int32_t index_ = 0;
-  int16_t level_ = 0;
   int32_t identity_;
+  int16_t level_ = 0;
+  bool loaded_key_is_key_ = false;
+  int32_t row_ = 0;
+  const LoadedTable* table_ = nullptr;  // holds a reference while set
   std::string key_;
-  std::string loaded_key_;
-  std::shared_ptr<zephyr::PopupValues> values_;
-  std::shared_ptr<PopupItems> children_;
   std::weak_ptr<PopupItem> parent_;
+  std::unique_ptr<Extra> extra_;
 };
 
 // The live item with a registry id, or null for an unknown or stale id.

@@ -7,9 +7,12 @@
 #include <string>
 
 #include "zephyr/runtime/collection.h"
+#include "zephyr/runtime/load_allocator.h"
 #include "zephyr/runtime/popup_item.h"
 
 namespace zephyr {
+
+struct ItemAccess;
 
 class PopupItems : public Object {
  public:
@@ -34,7 +37,9 @@ class PopupItems : public Object {
   auto end() const { return items_.end(); }
 
  private:
-  Collection<PopupItem> items_;
+  friend struct ItemAccess;
+
+  Collection<PopupItem, LoadAllocator> items_;
   std::string question_;
 };
 
