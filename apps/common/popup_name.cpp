@@ -24,6 +24,11 @@ bool PopupName::Exists() const {
   return PathExists(WithTrailingSlash(folder) + name);
 }
 
+std::string PopupName::File(const std::string& extension) const {
+  std::string name = ResolveCaseVariant(folder, base + extension);
+  return folder.empty() ? name : WithTrailingSlash(folder) + name;
+}
+
 std::string PopupName::Display() const {
   return folder.empty() ? base : folder + "/" + base;
 }

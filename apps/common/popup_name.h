@@ -19,6 +19,9 @@ struct PopupName {
   void Apply(PopupClass& popup) const;
   // True when the popup's template exists (in any letter case).
   bool Exists() const;
+  // The path of the popup's file with this extension (".ZPT" or ".ZPD"),
+  // under the name it has on disk when only its letter case differs.
+  std::string File(const std::string& extension) const;
   std::string Display() const;
 };
 

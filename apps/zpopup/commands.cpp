@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "exchange_commands.h"
+#include "file_error.h"
 #include "json.h"
 #include "popup_name.h"
 #include "terminal_progress.h"
@@ -37,12 +38,21 @@ void RequireExisting(const PopupName& name) {
 }  // namespace
 
 std::unique_ptr<PopupClass> OpenExisting(const PopupName& name) {
-  RequireExisting(name);
+  ForFile(name.File(".ZPT"), [&] { RequireExisting(name); });
   auto popup = std::make_unique<PopupClass>();
-  popup->SetProgress(std::make_shared<TerminalProgress>());
+  auto progress = std::make_shared<TerminalProgress>();
+  popup->SetProgress(progress);
   name.Apply(*popup);
-  popup->OpenPopup();
+  OpenPopupFiles(*popup, name, *progress);
   return popup;
+}
+
+void OpenPopupFiles(PopupClass& popup, const PopupName& name, const TerminalProgress& progress) {
+  try {
+    popup.OpenPopup();
+  } catch (const Error& error) {
+    throw FileError{name.File(progress.Started() ? ".ZPD" : ".ZPT"), error.Description()};
+  }
 }
 
 namespace {
@@ -162,17 +172,22 @@ int Info(const Arguments& args) {
 
 int Check(const Arguments& args) {
   PopupName name = OnlyPopup(args, "check");
-  RequireExisting(name);
   PopupClass popup;
   name.Apply(popup);
-  popup.LoadTemplate();
+  ForFile(name.File(".ZPT"), [&] {
+    RequireExisting(name);
+    popup.LoadTemplate();
+  });
   std::string folder = WithTrailingSlash(name.folder);
   std::string data = folder + ResolveCaseVariant(name.folder, popup.DataFileName());
   if (!PathExists(data)) return kSuccess;  // a popup without items has nothing to check
-  dBase table;
-  table.OpenFile(data);
-  Variant values = table.GetTableValues();
-  table.CloseFile();
+  Variant values;
+  ForFile(data, [&] {
+    dBase table;
+    table.OpenFile(data);
+    values = table.GetTableValues();
+    table.CloseFile();
+  });
   if (!values.IsArray()) return kSuccess;
   auto findings = CheckPopupKeys(*values.AsArray(), popup.Levels());
   for (const auto& finding : findings) {
@@ -227,10 +242,12 @@ int New(const Arguments& args) {
   if (title.find('"') != std::string::npos) throw UsageError{"the title cannot hold double quotes"};
 
   PopupName name = PopupName::Parse(target);
-  if (name.Exists()) {
-    throw RuntimeError(RuntimeErrorCode::kFileAlreadyExists,
-                       "popup '" + name.Display() + "' exists already; not overwritten");
-  }
+  ForFile(name.File(".ZPT"), [&] {
+    if (name.Exists()) {
+      throw RuntimeError(RuntimeErrorCode::kFileAlreadyExists,
+                         "popup '" + name.Display() + "' exists already; not overwritten");
+    }
+  });
   PopupClass popup;
   name.Apply(popup);
   popup.Title(title);
@@ -244,9 +261,11 @@ int New(const Arguments& args) {
     field_specs.push_back({field_name, length, 0, number++});
   }
   popup.ReplaceFields(field_specs);
-  popup.WriteTemplate();
-  popup.SavePopup();
-  popup.SaveClose();
+  ForFile(name.File(".ZPD"), [&] {
+    popup.WriteTemplate();
+    popup.SavePopup();
+    popup.SaveClose();
+  });
   return kSuccess;
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "popup_name.h"
+#include "terminal_progress.h"
 
 namespace zephyr::cli {
 
@@ -29,8 +30,13 @@ struct Command {
 const std::vector<Command>& Commands();
 
 // Opens a popup that must exist, with a progress bar while it loads; a
-// missing popup raises file not found.
+// missing popup raises file not found. Errors come as FileErrors.
 std::unique_ptr<PopupClass> OpenExisting(const PopupName& name);
+
+// Opens the popup that `name` was applied to, whose progress goes to
+// `progress`. An error comes as a FileError for the file being read: the
+// table once progress has started for it, else the template.
+void OpenPopupFiles(PopupClass& popup, const PopupName& name, const TerminalProgress& progress);
 
 // Runs a command: its usage for --help, a usage error's message and the usage
 // on standard error (exit 2), otherwise the command's own exit code.

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "cli_prompts.h"
+#include "file_error.h"
 #include "popup_name.h"
 #include "terminal_progress.h"
 #include "usage_error.h"
@@ -63,7 +64,7 @@ int Import(const Arguments& args) {
   popup.SetProgress(progress);
   name.Apply(popup);
   if (name.Exists()) {
-    popup.OpenPopup();
+    OpenPopupFiles(popup, name, *progress);
   } else {
     structure = MessageAnswer::kNo;  // a new popup takes the sheet's design
   }
@@ -91,7 +92,8 @@ int Export(const Arguments& args) {
   }
   PopupName name = PopupName::Parse(args[0]);
   auto popup = OpenExisting(name);
-  excel::ExportReport report = excel::ExportToWorkbook(*popup, args[1]);
+  excel::ExportReport report;
+  ForFile(args[1], [&] { report = excel::ExportToWorkbook(*popup, args[1]); });
   for (const std::string& line : report.cannot_round_trip) {
     std::fprintf(stderr, "zpopup: cannot round-trip: %s\n", line.c_str());
   }

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "commands.h"
+#include "file_error.h"
 #include "zephyr/support/errors.h"
 
 namespace {
@@ -42,6 +43,8 @@ int main(int argc, char** argv) {
     }
     std::fprintf(stderr, "zpopup: unknown command '%s'\n", name.c_str());
     PrintUsage(stderr);
+  } catch (const zephyr::cli::FileError& error) {
+    std::fprintf(stderr, "zpopup: %s: %s\n", error.file.c_str(), error.description.c_str());
   } catch (const zephyr::Error& error) {
     std::fprintf(stderr, "zpopup: %s\n", error.Description().c_str());
   } catch (const std::exception& error) {

@@ -14,6 +14,7 @@ constexpr int kBarWidth = 30;
 TerminalProgress::TerminalProgress() : enabled_(::isatty(STDERR_FILENO) == 1) {}
 
 void TerminalProgress::Show() {
+  started_ = true;
   shown_ = enabled_;
   drawn_percent_ = -1;
   Draw();

@@ -18,10 +18,15 @@ class TerminalProgress : public Progress {
   void SetMaximum(int32_t maximum) override;
   void SetValue(int32_t value) override;
 
+  // True once Show was called, drawn or not: opening a popup shows progress
+  // when it has read the template and starts on the table.
+  bool Started() const { return started_; }
+
  private:
   void Draw();
 
   bool enabled_;
+  bool started_ = false;
   bool shown_ = false;
   std::string message_;
   int32_t minimum_ = 0;

@@ -85,7 +85,13 @@ printf 'garbage' > "$work/Junk.ZPD"
 cp "$work/Shop.ZPT" "$work/Junk.ZPT"
 "$zpopup" show "$work/Junk" 2> "$work/err"
 check "a table that is no table exits 2" 2 $?
-check "its error is one line" 1 "$(wc -l < "$work/err")"
+check "its error names the table" "zpopup: $work/Junk.ZPD: Invalid dBase File Type" "$(cat "$work/err")"
+printf '"Cut short"\r\n' > "$work/Cut.ZPT"
+"$zpopup" info "$work/Cut" 2> "$work/err"
+check "a broken template exits 2" 2 $?
+check "its error names the template" 1 "$(grep -c "^zpopup: $work/Cut.ZPT: " "$work/err")"
+"$zpopup" check "$work/Junk" 2> "$work/err"
+check "check names the table too" "zpopup: $work/Junk.ZPD: Invalid dBase File Type" "$(cat "$work/err")"
 
 # export and import: the bundled example goes to a workbook and comes back the same.
 "$zpopup" export "$examples/Products" "$work/products.xlsx" 2> "$work/err"
