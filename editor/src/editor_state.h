@@ -130,6 +130,9 @@ class EditorState : public QObject {
   template <typename Command>
   void Guarded(Command&& command);
 
+  // --- workbooks ---
+  void ExportToExcel();
+
   // --- printing ---
   bool PrintOutline(QPrinter& printer);
 

@@ -132,10 +132,9 @@ void EditorState::BuildControls() {
       Named(new QPushButton(QStringLiteral("Export To Excel"), fraImportExport), "cmdExport");
   cmdExport->setToolTip(
       QStringLiteral("Exports Data to a new Sheet in the Current Excel Document"));
-  // The workbook exchange is wired up with the import dialogs; until then
-  // the buttons show what will be there without pretending to work.
+  // The import is wired up with its dialogs; until then its button shows
+  // what will be there without pretending to work.
   cmdImport->setEnabled(false);
-  cmdExport->setEnabled(false);
   auto* exchange = new QHBoxLayout(fraImportExport);
   exchange->addWidget(cmdImport);
   exchange->addWidget(cmdExport);
@@ -232,6 +231,8 @@ void EditorState::BuildControls() {
   mnuPaste = NamedAction(mnuPopupAction, "mnuPaste", "Paste");
   mnuDelete = NamedAction(mnuPopupAction, "mnuDelete", "Delete");
 
+  connect(cmdExport, &QPushButton::clicked, this,
+          [this]() { Guarded([this]() { ExportToExcel(); }); });
   ConnectDesignView();
   ConnectDataView();
   tbsZephyrPopup->SetBeforeClick([this](int target) { return TabBeforeClick(target); });
