@@ -12,17 +12,16 @@
 #include <cstdio>
 
 #include "popup_name.h"
+#include "zephyr/editor/design_list_models.h"
 #include "zephyr/support/errors.h"
 
 namespace zephyr::apps {
 
+using editor::ToQString;
+
 namespace {
 
 constexpr int kMaxRecent = 8;
-
-QString ToQString(const std::string& text) {
-  return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
-}
 
 }  // namespace
 

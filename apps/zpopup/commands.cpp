@@ -11,6 +11,7 @@
 #include "terminal_progress.h"
 #include "usage_error.h"
 #include "zephyr/runtime/popup_check.h"
+#include "zephyr/runtime/popup_key.h"
 #include "zephyr/support/errors.h"
 #include "zephyr/support/file_utils.h"
 #include "zephyr/table/dbase.h"
@@ -72,10 +73,6 @@ std::string JoinedValues(PopupItem& item) {
     joined += value->Value();
   }
   return joined;
-}
-
-std::string OwnCode(const std::string& key) {
-  return key.size() >= 2 ? key.substr(key.size() - 2) : key;
 }
 
 int Show(const Arguments& args) {

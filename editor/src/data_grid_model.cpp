@@ -1,18 +1,16 @@
 #include "zephyr/editor/data_grid_model.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 #include "node_index.h"
 #include "zephyr/editor/design_list_models.h"
+#include "zephyr/runtime/popup_key.h"
 
 namespace zephyr::editor {
 
 namespace {
-
-std::string OwnCode(const std::string& key) {
-  return key.size() >= 2 ? key.substr(key.size() - 2) : key;
-}
 
 const std::vector<GridNode*>& ChildrenOf(const GridNode& node) {
   static const std::vector<GridNode*> kNone;
@@ -82,25 +80,17 @@ void DataGridModel::AddItems(GridNode& parent, PopupItems& items) {
 void DataGridModel::SortTree() {
   if (!title_) return;
   emit layoutAboutToBeChanged();
-  QModelIndexList before = persistentIndexList();
-  std::vector<std::pair<GridNode*, int>> remembered;
-  remembered.reserve(static_cast<size_t>(before.size()));
-  for (const QModelIndex& index : before) remembered.emplace_back(NodeOf(index), index.column());
-  std::vector<GridNode*> pending{title_};
-  while (!pending.empty()) {
-    GridNode* node = pending.back();
-    pending.pop_back();
-    SortNode(*node);
-    for (GridNode* child : ChildrenOf(*node)) {
-      if (!ChildrenOf(*child).empty()) pending.push_back(child);
+  KeepingPersistentIndexes([this]() {
+    std::vector<GridNode*> pending{title_};
+    while (!pending.empty()) {
+      GridNode* node = pending.back();
+      pending.pop_back();
+      SortNode(*node);
+      for (GridNode* child : ChildrenOf(*node)) {
+        if (!ChildrenOf(*child).empty()) pending.push_back(child);
+      }
     }
-  }
-  QModelIndexList after;
-  after.reserve(before.size());
-  for (const auto& [node, column] : remembered) {
-    after.push_back(node ? createIndex(node->row, column, node->identity) : QModelIndex());
-  }
-  changePersistentIndexList(before, after);
+  });
   emit layoutChanged();
 }
 
@@ -108,18 +98,23 @@ void DataGridModel::SortChildren(const QModelIndex& parent) {
   GridNode* node = NodeOf(parent);
   if (!node) return;
   emit layoutAboutToBeChanged({parent});
+  KeepingPersistentIndexes([this, node]() { SortNode(*node); });
+  emit layoutChanged({parent});
+}
+
+void DataGridModel::KeepingPersistentIndexes(const std::function<void()>& reorder) {
   QModelIndexList before = persistentIndexList();
   std::vector<std::pair<GridNode*, int>> remembered;
+  remembered.reserve(static_cast<size_t>(before.size()));
   for (const QModelIndex& index : before) remembered.emplace_back(NodeOf(index), index.column());
-  SortNode(*node);
+  reorder();
   QModelIndexList after;
-  for (const auto& [remembered_node, column] : remembered) {
-    after.push_back(remembered_node
-                        ? createIndex(remembered_node->row, column, remembered_node->identity)
-                        : QModelIndex());
+  after.reserve(before.size());
+  for (const auto& [node, column] : remembered) {
+    after.push_back(node ? createIndex(node->row, column, static_cast<quintptr>(node->identity))
+                         : QModelIndex());
   }
   changePersistentIndexList(before, after);
-  emit layoutChanged({parent});
 }
 
 void DataGridModel::SortNode(GridNode& node) {

@@ -17,6 +17,7 @@
 #include "edit_delegate.h"
 #include "editor_state.h"
 #include "ole_color.h"
+#include "zephyr/runtime/popup_key.h"
 #include "zephyr/support/debug_log.h"
 #include "zephyr/support/text.h"
 
@@ -219,13 +220,9 @@ void EditorState::DataAfterEdit(const QModelIndex& cell, const QString& text) {
     return;
   }
   std::string code(Trim(ToUtf8(text)));
-  std::string own = item->PopupKey().size() >= 2
-                        ? item->PopupKey().substr(item->PopupKey().size() - 2)
-                        : item->PopupKey();
-  if (code == own) return;
+  if (code == OwnCode(item->PopupKey())) return;
   for (const auto& sibling : *popup->SiblingsOf(*item)) {
-    const std::string& key = sibling->PopupKey();
-    if (key.size() >= 2 && key.substr(key.size() - 2) == code) {
+    if (sibling->PopupKey().size() >= 2 && OwnCode(sibling->PopupKey()) == code) {
       Tell("Key already Exists. Please enter a unique key.");
       return;  // the cell shows the item's key, which did not change
     }

@@ -5,6 +5,7 @@
 
 #include "editor_state.h"
 #include "zephyr/runtime/item_access.h"
+#include "zephyr/runtime/popup_key.h"
 #include "zephyr/support/debug_log.h"
 #include "zephyr/support/text.h"
 
@@ -18,12 +19,8 @@ constexpr int kNoCode = 100;
 int CodeOf(const PopupItem& item) {
   const std::string& key = item.PopupKey();
   double code = 0;
-  ParseNumber(key.size() >= 2 ? key.substr(key.size() - 2) : key, &code);
+  ParseNumber(OwnCode(key), &code);
   return static_cast<int>(code);
-}
-
-std::string LastTwo(const std::string& text) {
-  return text.size() >= 2 ? text.substr(text.size() - 2) : text;
 }
 
 }  // namespace
@@ -64,7 +61,7 @@ int16_t EditorState::AskNewKey(const PopupItems& siblings) {
     double number = 0;
     if (ParseNumber(answer, &number) && number == -1) return -1;
     for (const auto& sibling : siblings) {
-      if (LastTwo(sibling->PopupKey()) == answer) unique = false;
+      if (OwnCode(sibling->PopupKey()) == answer) unique = false;
     }
     if (unique) {
       result = TextToInt16(answer);
@@ -136,7 +133,7 @@ std::shared_ptr<PopupItem> EditorState::AddSiblingItem(const std::shared_ptr<Pop
   AddParent = current->Parent();
   if (!AddParent) return nullptr;
   return AddpopupDataItem(AddParent->Children(), KeyStep(), AddParent->PopupKey(),
-                          LastTwo(current->PopupKey()));
+                          OwnCode(current->PopupKey()));
 }
 
 QModelIndex EditorState::ParentRowOf(const PopupItem& item) {
@@ -173,7 +170,7 @@ void EditorState::CopyPopupItemW_Children() {
   if (!source) return;
   auto added = AddSiblingItem(source);
   if (!added) return;
-  std::string code = LastTwo(added->PopupKey());
+  std::string code = OwnCode(added->PopupKey());
   CloneNewItem(added, source);
   popup->ModifyKey(code, added, added->Level());
   QModelIndex row = grid->AppendRow(ParentRowOf(*added), added->Identity());
@@ -202,7 +199,7 @@ void EditorState::CloneNewItem(const std::shared_ptr<PopupItem>& target,
   // pattern: it only has to let the Add through; the re-key follows.
   std::string prefix = pattern.size() >= 3 ? pattern.substr(pattern.size() - 3, 2) : pattern;
   for (const auto& source_child : *source->Children()) {
-    auto child = target->Children()->Add(prefix + LastTwo(source_child->PopupKey()));
+    auto child = target->Children()->Add(prefix + OwnCode(source_child->PopupKey()));
     child->Parent(target);
     CloneNewItem(child, source_child);
   }

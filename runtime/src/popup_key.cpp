@@ -5,6 +5,10 @@
 
 namespace zephyr {
 
+std::string OwnCode(std::string_view key) {
+  return std::string(key.size() >= 2 ? key.substr(key.size() - 2) : key);
+}
+
 std::string CompactPath(std::string_view key) {
   return RemoveBlanks(key);
 }

@@ -14,6 +14,7 @@
 #include <QAbstractItemModel>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <unordered_set>
 #include <vector>
@@ -100,6 +101,8 @@ class DataGridModel : public QAbstractItemModel {
   GridNode* NodeOfId(quintptr id) const;
   void AddItems(GridNode& parent, PopupItems& items);
   void SortNode(GridNode& node);
+  // Runs a reordering of rows and moves every persistent index with its row.
+  void KeepingPersistentIndexes(const std::function<void()>& reorder);
   // A node from the pool, registered under its identity.
   GridNode* NewNode(int32_t identity, GridNode* parent);
   // Unregisters a branch and returns its nodes to the pool.

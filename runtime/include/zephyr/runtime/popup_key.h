@@ -14,6 +14,10 @@ namespace zephyr {
 // The key with every blank removed: two digits per level ("01  02" -> "0102").
 std::string CompactPath(std::string_view key);
 
+// The item's own two-digit code: the last two characters of its key (the key
+// itself when it is shorter).
+std::string OwnCode(std::string_view key);
+
 // The 1-based depth of a key: compact length / 2.
 int KeyLevel(std::string_view key);
 
