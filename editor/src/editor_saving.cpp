@@ -87,7 +87,7 @@ void EditorState::SaveChanges(bool save_as) {
   DebugLog(kEditModule, "SaveChanges", "Start");
   if (popup->DataSource().empty() || save_as) {
     while (true) {
-      SaveDialogRequest request;
+      FileDialogRequest request;
       request.title = "ZephyrPopup - Select or Type a Filename";
       request.filter = "Zephyr Popup File (*.zpt)|*.zpt";
       request.initial_folder = popup->PopupPath();

@@ -6,6 +6,7 @@
 
 #include <QObject>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -131,6 +132,8 @@ class EditorState : public QObject {
   void Guarded(Command&& command);
 
   // --- workbooks ---
+  std::optional<std::string> PickWorkbook();
+  void ImportFromExcel();
   void ExportToExcel();
 
   // --- printing ---

@@ -1,10 +1,16 @@
-// The workbook buttons of the design view: writing the popup to a new
-// workbook the user names, through the same export as the command line.
+// The workbook buttons of the design view: filling the popup from the active
+// sheet of a workbook the user picks, and writing it to a new workbook, both
+// through the same import and export as the command line.
 #include <QPushButton>
+#include <QSettings>
+#include <filesystem>
 
 #include "editor_state.h"
+#include "levels_dialog.h"
 #include "zephyr/excel/excel_export.h"
+#include "zephyr/excel/excel_import.h"
 #include "zephyr/support/debug_log.h"
+#include "zephyr/support/text.h"
 
 namespace zephyr::editor {
 
@@ -26,7 +32,64 @@ std::string ExportSummary(const excel::ExportReport& report, const std::string& 
   return summary;
 }
 
+// Where the workbook picker opens: the folder of the workbook last imported,
+// kept across sessions.
+QSettings ImportSettings() {
+  return QSettings(QStringLiteral("ZephyrPopup"), QStringLiteral("PopupControlEdit"));
+}
+constexpr const char* kLastImportFolder = "Import/LastFolder";
+
+// Closes the progress form however the import ends.
+struct ProgressShown {
+  explicit ProgressShown(Progress& progress) : progress(progress) { progress.Show(); }
+  ~ProgressShown() { progress.Unload(); }
+  Progress& progress;
+};
+
 }  // namespace
+
+std::optional<std::string> EditorState::PickWorkbook() {
+  FileDialogRequest request;
+  request.title = "Import From Excel";
+  request.filter =
+      "Workbooks (*.xlsx;*.ods;*.csv)|*.xlsx;*.ods;*.csv|Excel Workbook (*.xlsx)|*.xlsx|"
+      "OpenDocument Spreadsheet (*.ods)|*.ods|Comma-Separated Values (*.csv)|*.csv";
+  request.initial_folder = ToUtf8(ImportSettings()
+                                      .value(QLatin1String(kLastImportFolder),
+                                             ToQString(popup->PopupPath()))
+                                      .toString());
+  std::optional<std::string> path = file_dialog->ShowOpen(request);
+  if (path) {
+    ImportSettings().setValue(QLatin1String(kLastImportFolder),
+                              ToQString(std::filesystem::path(*path).parent_path().string()));
+  }
+  return path;
+}
+
+void EditorState::ImportFromExcel() {
+  DebugLog(kEditModule, "cmdImport_Click", "Start");
+  if (DataChanged && !DataMode) {
+    if (!Validate()) return;
+    SaveDesign();
+  }
+  std::optional<std::string> workbook = PickWorkbook();
+  if (!workbook) return;
+  ProgressShown shown(*progress);
+  DialogLevelPrompt levels(q, messages);
+  excel::ImportUi ui{*messages, *progress, levels};
+  if (excel::ExcelImport(*popup, *workbook, ui)) {
+    LoadTemplateData();
+    // The outline is what a save writes, so it is refilled in either view.
+    LoadDataGrid();
+    if (DataMode) {
+      LoadDataMode();
+    } else {
+      LoadDesignMode();
+    }
+    SetDataChanged(true);
+  }
+  SizeFieldColumns();
+}
 
 void EditorState::ExportToExcel() {
   DebugLog(kEditModule, "cmdExport_Click", "Start");
@@ -35,7 +98,7 @@ void EditorState::ExportToExcel() {
     if (!Validate()) return;
     SaveDesign();
   }
-  SaveDialogRequest request;
+  FileDialogRequest request;
   request.title = "Export To Excel";
   request.filter = "Excel Workbook (*.xlsx)|*.xlsx";
   request.initial_folder = popup->PopupPath();

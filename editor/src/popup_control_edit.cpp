@@ -132,9 +132,6 @@ void EditorState::BuildControls() {
       Named(new QPushButton(QStringLiteral("Export To Excel"), fraImportExport), "cmdExport");
   cmdExport->setToolTip(
       QStringLiteral("Exports Data to a new Sheet in the Current Excel Document"));
-  // The import is wired up with its dialogs; until then its button shows
-  // what will be there without pretending to work.
-  cmdImport->setEnabled(false);
   auto* exchange = new QHBoxLayout(fraImportExport);
   exchange->addWidget(cmdImport);
   exchange->addWidget(cmdExport);
@@ -231,6 +228,8 @@ void EditorState::BuildControls() {
   mnuPaste = NamedAction(mnuPopupAction, "mnuPaste", "Paste");
   mnuDelete = NamedAction(mnuPopupAction, "mnuDelete", "Delete");
 
+  connect(cmdImport, &QPushButton::clicked, this,
+          [this]() { Guarded([this]() { ImportFromExcel(); }); });
   connect(cmdExport, &QPushButton::clicked, this,
           [this]() { Guarded([this]() { ExportToExcel(); }); });
   ConnectDesignView();

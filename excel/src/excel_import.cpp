@@ -153,7 +153,6 @@ ImportOutcome ExcelImporter::Run() {
   ReFormatZephyrPopup();
   Progress("Copying Data to ZephyrPopup");
   CopyItems();
-  SavePopupInTreeOrder(popup_);
   Log("ExcelImport", "Success");
   return ImportOutcome::kImported;
 }
@@ -615,10 +614,13 @@ std::string ImportHelpFile() {
   return (error ? std::string(".") : program.parent_path().string()) + "/zephyrPOpup2Excel.hlp";
 }
 
-ImportOutcome ImportFromWorkbook(PopupClass& popup, const std::string& workbook_path,
-                                 ImportUi& ui) {
+namespace {
+
+// Runs an import step; an error it raises is told as the unexpected error.
+template <typename Step>
+ImportOutcome Guarded(ImportUi& ui, Step&& step) {
   try {
-    return ExcelImporter(popup, workbook_path, ui).Run();
+    return step();
   } catch (const std::exception& error) {
     const auto* known = dynamic_cast<const Error*>(&error);
     Message message;
@@ -631,8 +633,20 @@ ImportOutcome ImportFromWorkbook(PopupClass& popup, const std::string& workbook_
   }
 }
 
+}  // namespace
+
+ImportOutcome ImportFromWorkbook(PopupClass& popup, const std::string& workbook_path,
+                                 ImportUi& ui) {
+  return Guarded(ui, [&] {
+    ImportOutcome outcome = ExcelImporter(popup, workbook_path, ui).Run();
+    if (outcome == ImportOutcome::kImported) SavePopupInTreeOrder(popup);
+    return outcome;
+  });
+}
+
 bool ExcelImport(PopupClass& popup, const std::string& workbook_path, ImportUi& ui) {
-  return ImportFromWorkbook(popup, workbook_path, ui) == ImportOutcome::kImported;
+  return Guarded(ui, [&] { return ExcelImporter(popup, workbook_path, ui).Run(); }) ==
+         ImportOutcome::kImported;
 }
 
 }  // namespace zephyr::excel

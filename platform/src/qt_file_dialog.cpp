@@ -40,14 +40,22 @@ QStringList ToQtNameFilters(std::string_view filter) {
   return filters;
 }
 
-std::optional<std::string> QtFileDialog::ShowSave(const SaveDialogRequest& request) {
+std::optional<std::string> QtFileDialog::ShowSave(const FileDialogRequest& request) {
+  return Run(request, true);
+}
+
+std::optional<std::string> QtFileDialog::ShowOpen(const FileDialogRequest& request) {
+  return Run(request, false);
+}
+
+std::optional<std::string> QtFileDialog::Run(const FileDialogRequest& request, bool save) {
   if (!qobject_cast<QApplication*>(QCoreApplication::instance())) return std::nullopt;
 
   QFileDialog dialog(owner_, QString::fromStdString(request.title));
   dialog.setOption(QFileDialog::DontUseNativeDialog);
-  dialog.setAcceptMode(QFileDialog::AcceptSave);
-  dialog.setFileMode(QFileDialog::AnyFile);
-  dialog.setOption(QFileDialog::DontConfirmOverwrite, false);
+  dialog.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+  dialog.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+  dialog.setOption(QFileDialog::DontConfirmOverwrite, !save);
   QStringList filters = ToQtNameFilters(request.filter);
   if (!filters.isEmpty()) dialog.setNameFilters(filters);
   if (!request.initial_folder.empty()) {
@@ -55,7 +63,7 @@ std::optional<std::string> QtFileDialog::ShowSave(const SaveDialogRequest& reque
   }
   QString suffix = QString::fromStdString(request.default_extension);
   while (suffix.startsWith(QLatin1Char('.'))) suffix.remove(0, 1);
-  if (!suffix.isEmpty()) dialog.setDefaultSuffix(suffix);
+  if (save && !suffix.isEmpty()) dialog.setDefaultSuffix(suffix);
   if (!request.file_name.empty()) dialog.selectFile(QString::fromStdString(request.file_name));
 
   if (request.centre && owner_) {

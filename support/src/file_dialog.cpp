@@ -4,7 +4,7 @@
 
 namespace zephyr {
 
-bool ShowSave(FileDialog& dialog, std::string& file_name, const SaveDialogRequest& request) {
+bool ShowSave(FileDialog& dialog, std::string& file_name, const FileDialogRequest& request) {
   DebugLog("mComdlg", "ShowSave", "");
   std::optional<std::string> chosen;
   try {

@@ -21,7 +21,13 @@ namespace zephyr::testing {
 
 class ScriptedFileDialog : public FileDialog {
  public:
-  std::optional<std::string> ShowSave(const SaveDialogRequest& request) override {
+  std::optional<std::string> ShowSave(const FileDialogRequest& request) override {
+    return Answer(request);
+  }
+  std::optional<std::string> ShowOpen(const FileDialogRequest& request) override {
+    return Answer(request);
+  }
+  std::optional<std::string> Answer(const FileDialogRequest& request) {
     requests.push_back(request);
     if (answers.empty()) return std::nullopt;
     auto answer = answers.front();
@@ -29,7 +35,7 @@ class ScriptedFileDialog : public FileDialog {
     return answer;
   }
   std::deque<std::optional<std::string>> answers;
-  std::vector<SaveDialogRequest> requests;
+  std::vector<FileDialogRequest> requests;
 };
 
 class ScriptedKeyPrompt : public editor::NewKeyPrompt {

@@ -19,7 +19,6 @@
 #include <QTreeView>
 
 #include "editor_fixture.h"
-#include "zephyr/excel/workbook.h"
 #include "zephyr/support/file_utils.h"
 
 using zephyr::MessageAnswer;
@@ -248,27 +247,6 @@ class PopupControlEditTest : public QObject, zephyr::testing::EditorFixture {
     auto lead = dog->Children()->Item(zephyr::Variant(1))->Children()->Item(zephyr::Variant(1));
     QCOMPARE(lead->PopupKey(), std::string("101010"));
     QCOMPARE(lead->PopupValues()->Item(zephyr::Variant(1))->Value(), std::string("Lead"));
-  }
-
-  void exportWritesAWorkbookAndListsWhatCannotComeBack() {
-    OpenProducts();
-    ClickTab(0);  // the button sits in the design view
-    dialog->answers = {dir->File("products.xlsx")};
-    QTest::mouseClick(Child<QPushButton>("cmdExport"), Qt::LeftButton);
-    QCOMPARE(dialog->requests.back().filter, std::string("Excel Workbook (*.xlsx)|*.xlsx"));
-    QCOMPARE(messages->shown.back().title, std::string("Export To Excel"));
-    const std::string told = Prompts().back();
-    QVERIFY(told.rfind("Exported 3 rows to", 0) == 0);
-    QVERIFY(told.find("cannot bring back") != std::string::npos);  // Fruit's own note
-    auto workbook = zephyr::excel::OpenWorkbook(dir->File("products.xlsx"));
-    auto sheet = workbook->ReadSheet(workbook->ActiveSheet());
-    QCOMPARE(sheet.rows.size(), size_t{4});  // headings and the three leaves
-    QCOMPARE(sheet.rows[1].cells[2].text, std::string("Apples"));
-
-    dialog->answers = {};  // cancelled: nothing more is told
-    size_t told_before = messages->shown.size();
-    QTest::mouseClick(Child<QPushButton>("cmdExport"), Qt::LeftButton);
-    QCOMPARE(messages->shown.size(), told_before);
   }
 
   void editBackColorIsPersistedOnlyWhenSet() {

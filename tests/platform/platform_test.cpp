@@ -32,8 +32,8 @@ void WhenShown(std::function<void(Dialog*)> inspect) {
   });
 }
 
-SaveDialogRequest Request(const QString& folder) {
-  SaveDialogRequest request;
+FileDialogRequest Request(const QString& folder) {
+  FileDialogRequest request;
   request.title = "Save Popup As";
   request.filter = "Zephyr Popup File (*.zpt)|*.zpt|";
   request.initial_folder = folder.toStdString();
@@ -129,7 +129,7 @@ class PlatformTest : public QObject {
 
   void fileDialogCancelAnswersNothing() {
     QTemporaryDir folder;
-    SaveDialogRequest request = Request(folder.path());
+    FileDialogRequest request = Request(folder.path());
     request.filter += "All|*.*";
     QWidget owner;
     QtFileDialog file_dialog(&owner);
@@ -147,7 +147,7 @@ class PlatformTest : public QObject {
 
   void fileDialogAppendsTheDefaultExtension() {
     QTemporaryDir folder;
-    SaveDialogRequest request = Request(folder.path());
+    FileDialogRequest request = Request(folder.path());
     QtFileDialog file_dialog(nullptr);
     WhenShown<QFileDialog>([](QFileDialog* dialog) {
       dialog->selectFile(QStringLiteral("New"));

@@ -7,7 +7,7 @@
 // each item on the path (the item's first value), its companion columns the
 // leaf's further values. The sheet is checked against fixed rules, each
 // failure told through the message box; nothing of the popup changes unless
-// every check passes, and a successful import ends with a normal save.
+// every check passes.
 #ifndef ZEPHYR_EXCEL_EXCEL_IMPORT_H_
 #define ZEPHYR_EXCEL_EXCEL_IMPORT_H_
 
@@ -47,13 +47,15 @@ enum class ImportOutcome {
   kUnexpected,  // an unexpected error, reported as such
 };
 
-// Imports the active sheet of the workbook into the popup and saves it.
-// The popup's folder and data source must be set; its template and items, if
-// any, are those the import compares with and replaces.
-ImportOutcome ImportFromWorkbook(PopupClass& popup, const std::string& workbook_path, ImportUi& ui);
-
-// True when the popup was rebuilt.
+// Rebuilds the popup's design and items from the active sheet of the
+// workbook, leaving the saving to the caller (the editor marks itself
+// changed). True when the popup was rebuilt; on false nothing changed.
 bool ExcelImport(PopupClass& popup, const std::string& workbook_path, ImportUi& ui);
+
+// ExcelImport followed by a normal save of the rebuilt popup, whose folder
+// and data source must be set; its template and items, if any, are those the
+// import compares with and replaces.
+ImportOutcome ImportFromWorkbook(PopupClass& popup, const std::string& workbook_path, ImportUi& ui);
 
 // The help file the sheet-rule messages refer to: the component's folder
 // followed by "/zephyrPOpup2Excel.hlp".

@@ -1,4 +1,4 @@
-// QtFileDialog: the editor's FileDialog, Qt's own save dialog (never the
+// QtFileDialog: the editor's FileDialog, Qt's own file dialogs (never the
 // desktop's native one, which can be neither centred nor driven by tests).
 // It asks before overwriting an existing file and appends the default
 // extension to a name typed without one.
@@ -24,9 +24,12 @@ class QtFileDialog : public FileDialog {
 
   // The absolute path the user confirmed; nothing on cancel or without a
   // QApplication.
-  std::optional<std::string> ShowSave(const SaveDialogRequest& request) override;
+  std::optional<std::string> ShowSave(const FileDialogRequest& request) override;
+  std::optional<std::string> ShowOpen(const FileDialogRequest& request) override;
 
  private:
+  std::optional<std::string> Run(const FileDialogRequest& request, bool save);
+
   QPointer<QWidget> owner_;
 };
 

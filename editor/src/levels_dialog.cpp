@@ -1,0 +1,89 @@
+#include "levels_dialog.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <climits>
+#include <cmath>
+
+#include "zephyr/editor/design_list_models.h"
+#include "zephyr/support/debug_log.h"
+#include "zephyr/support/variant.h"
+
+namespace zephyr::editor {
+
+namespace {
+
+constexpr const char* kDialogModule = "frmLevels";
+// The cancel handler has always logged under this spelling.
+constexpr const char* kCancelModule = "frmLevles";
+
+// The whole number nearest the entry, halves to even, kept within int.
+int ToLevelCount(double number) {
+  double rounded = std::nearbyint(number);
+  if (rounded >= INT_MAX) return INT_MAX;
+  if (rounded <= INT_MIN) return INT_MIN;
+  return static_cast<int>(rounded);
+}
+
+}  // namespace
+
+LevelsDialog::LevelsDialog(std::shared_ptr<MessageBox> messages, QWidget* parent)
+    : QDialog(parent), messages_(std::move(messages)) {
+  DebugLog(kDialogModule, "Form_Load", "");
+  setObjectName(QStringLiteral("frmLevels"));
+  setWindowTitle(QString::fromLatin1(excel::kLevelPromptCaption));
+  setModal(true);
+  lblInvalidKey = new QLabel(
+      QStringLiteral("No keys were found in the first column of the sheet.\n"
+                     "How many of its columns are question levels?"),
+      this);
+  lblInvalidKey->setObjectName(QStringLiteral("lblInvalidKey"));
+  txtLevel = new QLineEdit(this);
+  txtLevel->setObjectName(QStringLiteral("txtLevel"));
+  OKButton = new QPushButton(QStringLiteral("OK"), this);
+  OKButton->setObjectName(QStringLiteral("OKButton"));
+  OKButton->setDefault(true);
+  CancelButton = new QPushButton(QStringLiteral("Cancel"), this);
+  CancelButton->setObjectName(QStringLiteral("CancelButton"));
+  auto* layout = new QVBoxLayout(this);
+  layout->addWidget(lblInvalidKey);
+  layout->addWidget(txtLevel);
+  auto* buttons = new QHBoxLayout();
+  buttons->addStretch();
+  buttons->addWidget(OKButton);
+  buttons->addWidget(CancelButton);
+  layout->addLayout(buttons);
+  connect(OKButton, &QPushButton::clicked, this, [this]() { OkClicked(); });
+  connect(CancelButton, &QPushButton::clicked, this, [this]() { CancelClicked(); });
+}
+
+void LevelsDialog::OkClicked() {
+  DebugLog(kDialogModule, "OKButton_Click", "");
+  double number = 0;
+  if (!ParseNumber(ToUtf8(txtLevel->text()), &number)) {
+    Message message;
+    message.prompt = excel::kInvalidLevelCount;
+    messages_->Show(message);
+    txtLevel->setFocus();
+    return;
+  }
+  level_count_ = ToLevelCount(number);
+  accept();
+}
+
+void LevelsDialog::CancelClicked() {
+  DebugLog(kCancelModule, "CancelButton_Click", "");
+  level_count_ = -1;
+  reject();
+}
+
+int DialogLevelPrompt::PromptForLevels() {
+  LevelsDialog dialog(messages_, owner_);
+  dialog.exec();
+  return dialog.LevelCount();
+}
+
+}  // namespace zephyr::editor

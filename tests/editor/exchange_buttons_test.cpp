@@ -1,0 +1,173 @@
+// The import and export buttons of the design view, clicked as a user clicks
+// them, with frmLevels answered by typing into it.
+#include <QApplication>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QTableView>
+#include <QTest>
+#include <QTimer>
+#include <functional>
+
+#include "editor_fixture.h"
+#include "zephyr/excel/excel_import.h"
+
+using zephyr::MessageAnswer;
+using zephyr::editor::PopupControlEdit;
+
+namespace {
+
+// "key=text" of every item, in tree order.
+QStringList Describe(const zephyr::PopupItems& items) {
+  QStringList lines;
+  for (const auto& item : items) {
+    lines << QString::fromStdString(item->PopupKey() + "=" +
+                                    item->PopupValues()->Item(zephyr::Variant(1))->Value());
+    if (item->HasChildren()) lines << Describe(*item->Children());
+  }
+  return lines;
+}
+
+QStringList Questions(zephyr::PopupClass& popup) {
+  QStringList questions;
+  for (const auto& level : *popup.PopupLevels()) {
+    questions << QString::fromStdString(level->Question().ToText());
+  }
+  return questions;
+}
+
+// Runs `answer` on the modal dialog once it is shown.
+void WhenModal(std::function<void(QWidget*)> answer) {
+  QTimer::singleShot(0, [answer] {
+    QWidget* dialog = QApplication::activeModalWidget();
+    if (!dialog) qFatal("no modal dialog was shown");
+    answer(dialog);
+  });
+}
+
+const char* const kThreeLevels =
+    "Key,Dept,Group,Item,Note\n101010,Food,Fruit,Apples,a\n101020,Food,Fruit,Pears,p\n";
+
+}  // namespace
+
+class ExchangeButtonsTest : public QObject, zephyr::testing::EditorFixture {
+  Q_OBJECT
+
+ private slots:
+  void initTestCase() { QStandardPaths::setTestModeEnabled(true); }
+  void init() {
+    SetUpEditor();
+    OpenProducts();
+    ClickTab(0);  // the buttons sit in the design view
+  }
+  void cleanup() { TearDownEditor(); }
+
+  void keylessSheetAsksForLevelsAndIsSavedFromTheDesignView() {
+    zephyr::testing::WriteBytes(dir->File("sheet.csv"),
+                                "Key,Group,Item,Note\n,Fruit,Apples,a\n,Fruit,Pears,p\n"
+                                ",Bakery,Bread,b\n");
+    dialog->answers = {dir->File("sheet.csv")};
+    WhenModal([](QWidget* levels) {
+      QCOMPARE(levels->objectName(), QString("frmLevels"));
+      QCOMPARE(levels->windowTitle(), QString("Input Level Count"));
+      auto* count = levels->findChild<QLineEdit*>("txtLevel");
+      QTest::keyClicks(count, "two");
+      QTest::mouseClick(levels->findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+      QVERIFY(levels->isVisible());  // a non-numeric count keeps the dialog open
+      count->clear();
+      QTest::keyClicks(count, "2");
+      QTest::mouseClick(levels->findChild<QPushButton*>("OKButton"), Qt::LeftButton);
+    });
+    QTest::mouseClick(Child<QPushButton>("cmdImport"), Qt::LeftButton);
+    QCOMPARE(Prompts(), std::vector<std::string>{zephyr::excel::kInvalidLevelCount});
+    QVERIFY(editor->DataChanged());
+    const QStringList imported = Describe(*editor->Popup()->PopupItems());
+    QCOMPARE(imported.size(), 5);
+    QVERIFY(imported.contains("  10=Fruit") && imported.contains("1020=Pears"));
+
+    // Saved without visiting the data view, every imported item is written.
+    editor->SaveChanges(false);
+    PopupControlEdit reopened;
+    reopened.SetProgress(std::make_shared<zephyr::NoProgress>());
+    reopened.OpenPopup(dir->Path(), "Products");
+    QCOMPARE(Describe(*reopened.Popup()->PopupItems()), imported);
+
+    // The picker opens where the last workbook was found.
+    dialog->answers = {};
+    QTest::mouseClick(Child<QPushButton>("cmdImport"), Qt::LeftButton);
+    QCOMPARE(dialog->requests.back().initial_folder, dir->Path());
+  }
+
+  void differentStructureIsKeptReplacedOrLeftAlone_data() {
+    QTest::addColumn<int>("answer");
+    QTest::addColumn<QStringList>("questions");
+    QTest::newRow("Yes keeps the popup's questions") << int(MessageAnswer::kYes)
+                                                     << QStringList({"Group", "Item", "Item"});
+    QTest::newRow("No takes the sheet's headings") << int(MessageAnswer::kNo)
+                                                   << QStringList({"Dept", "Group", "Item"});
+    QTest::newRow("Cancel changes nothing") << int(MessageAnswer::kCancel)
+                                            << QStringList({"Group", "Item"});
+  }
+  void differentStructureIsKeptReplacedOrLeftAlone() {
+    QFETCH(int, answer);
+    QFETCH(QStringList, questions);
+    const QStringList before = Describe(*editor->Popup()->PopupItems());
+    zephyr::testing::WriteBytes(dir->File("three.csv"), kThreeLevels);
+    dialog->answers = {dir->File("three.csv")};
+    messages->answers = {static_cast<MessageAnswer>(answer)};
+    QTest::mouseClick(Child<QPushButton>("cmdImport"), Qt::LeftButton);
+
+    const zephyr::Message& question = messages->shown.front();
+    QCOMPARE(question.title, std::string("Data Structure Differences Detected"));
+    QCOMPARE(question.buttons, zephyr::MessageButtons::kYesNoCancel);
+    QVERIFY(question.prompt.find("ZephyrPopup Levels: 2\r\nExcel Levels:   3") !=
+            std::string::npos);
+    QCOMPARE(Questions(*editor->Popup()), questions);
+    QCOMPARE(Child<QTableView>("grdLevels")->model()->rowCount(), questions.size());
+    bool cancelled = answer == int(MessageAnswer::kCancel);
+    QCOMPARE(editor->DataChanged(), !cancelled);
+    if (cancelled) {
+      QCOMPARE(Describe(*editor->Popup()->PopupItems()), before);
+    } else {
+      QCOMPARE(Describe(*editor->Popup()->PopupItems()),
+               QStringList({"    10=Food", "10  10=Fruit", "101010=Apples", "101020=Pears"}));
+    }
+  }
+
+  void brokenSheetLeavesTheEditorAsItWas() {
+    const QStringList before = Describe(*editor->Popup()->PopupItems());
+    zephyr::testing::WriteBytes(dir->File("broken.csv"),
+                                "Key,Group,Item,Note\n0101,A,B,x\n0102,A,C,y\n01,A,D,z\n");
+    dialog->answers = {dir->File("broken.csv")};
+    QTest::mouseClick(Child<QPushButton>("cmdImport"), Qt::LeftButton);
+    QCOMPARE(messages->shown.size(), size_t{1});
+    QVERIFY(messages->shown[0].prompt.starts_with("Invalid Key Length found. The Key in Row 3 "));
+    QCOMPARE(Describe(*editor->Popup()->PopupItems()), before);
+    QCOMPARE(Questions(*editor->Popup()), QStringList({"Group", "Item"}));
+    QVERIFY(!editor->DataChanged());
+  }
+
+  void exportedWorkbookComesBackThroughTheImport() {
+    dialog->answers = {dir->File("products.xlsx")};
+    QTest::mouseClick(Child<QPushButton>("cmdExport"), Qt::LeftButton);
+    QCOMPARE(dialog->requests.back().filter, std::string("Excel Workbook (*.xlsx)|*.xlsx"));
+    QCOMPARE(messages->shown.back().title, std::string("Export To Excel"));
+    const std::string told = Prompts().back();
+    QVERIFY(told.starts_with("Exported 3 rows to"));
+    QVERIFY(told.find("cannot bring back") != std::string::npos);  // Fruit's own note
+
+    const QStringList exported = Describe(*editor->Popup()->PopupItems());
+    dialog->answers = {dir->File("products.xlsx")};
+    QTest::mouseClick(Child<QPushButton>("cmdImport"), Qt::LeftButton);
+    QCOMPARE(Describe(*editor->Popup()->PopupItems()), exported);
+    QVERIFY(editor->DataChanged());
+
+    dialog->answers = {};  // cancelled: nothing more is told
+    size_t told_before = messages->shown.size();
+    QTest::mouseClick(Child<QPushButton>("cmdExport"), Qt::LeftButton);
+    QCOMPARE(messages->shown.size(), told_before);
+  }
+};
+
+QTEST_MAIN(ExchangeButtonsTest)
+#include "exchange_buttons_test.moc"
