@@ -2,12 +2,15 @@
 // outline is filled, sorted and expanded (against PopupClass::OpenPopup alone
 // in the same run), the memory the outline adds per item, single edits in a
 // 100,000-item tree, and saving in outline order (against saving through
-// PopupClass alone).
+// PopupClass alone), and printing the outline to PDF (against writing the same
+// lines to a PDF one after another).
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
 #include <QApplication>
 #include <QLineEdit>
+#include <QPainter>
+#include <QPrinter>
 #include <QTest>
 #include <QTreeView>
 #include <cstdio>
@@ -22,9 +25,11 @@
 namespace zephyr::bench {
 namespace {
 
-// Items per level below each parent: 101,110 and 1,008,310 items in four levels.
+// Items per level below each parent: 10,110, 101,110 and 1,008,310 items in
+// four levels.
 std::vector<int> Shape(int64_t items) {
   if (items >= 1'000'000) return {10, 30, 35, 95};
+  if (items <= 10'000) return {10, 10, 10, 9};
   return {10, 10, 10, 99};
 }
 
@@ -240,6 +245,51 @@ void BM_PopupClassSave(benchmark::State& state) {
   for (auto _ : state) SavePopupInTreeOrder(popup);
 }
 
+std::unique_ptr<QPrinter> PdfPrinter() {
+  auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
+  printer->setOutputFormat(QPrinter::PdfFormat);
+  printer->setOutputFileName(QString::fromStdString(Folder() + "/outline.pdf"));
+  return printer;
+}
+
+// The whole outline printed: layout, headings on every page, page numbers.
+void BM_PrintPdf(benchmark::State& state) {
+  auto editor = ShownEditor();
+  editor->OpenPopup(Folder(), MakePopup(state.range(0)));
+  for (auto _ : state) {
+    auto printer = PdfPrinter();
+    if (!editor->PrintPopupData(*printer)) state.SkipWithError("printing failed");
+  }
+  state.counters["items"] = static_cast<double>(CountItems(*editor->Popup()->PopupItems()));
+}
+
+// The baseline: each row's texts drawn as one line, a new page when one is full.
+void BM_PlainPdf(benchmark::State& state) {
+  auto editor = ShownEditor();
+  editor->OpenPopup(Folder(), MakePopup(state.range(0)));
+  auto* grid = editor->findChild<QTreeView*>("DataGrid");
+  QStringList lines;
+  for (QModelIndex row = grid->model()->index(0, 0); row.isValid(); row = grid->indexBelow(row)) {
+    lines << row.data().toString() + QLatin1Char(' ') + row.siblingAtColumn(1).data().toString() +
+                 QLatin1Char(' ') + row.siblingAtColumn(2).data().toString();
+  }
+  for (auto _ : state) {
+    auto printer = PdfPrinter();
+    QPainter painter(printer.get());
+    const int line = painter.fontMetrics().height();
+    const int bottom = painter.viewport().height();
+    int y = line;
+    for (const QString& text : lines) {
+      if (y > bottom) {
+        printer->newPage();
+        y = line;
+      }
+      painter.drawText(0, y, text);
+      y += line;
+    }
+  }
+}
+
 BENCHMARK(BM_PopupClassOpen)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_EditorOpen)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 BENCHMARK_REGISTER_F(EditFixture, AddChild)->Unit(benchmark::kMillisecond)->Iterations(20);
@@ -247,6 +297,8 @@ BENCHMARK_REGISTER_F(EditFixture, AddSibling)->Unit(benchmark::kMillisecond)->It
 BENCHMARK_REGISTER_F(EditFixture, KeyChange)->Unit(benchmark::kMillisecond)->Iterations(20);
 BENCHMARK(BM_PopupClassSave)->Arg(100'000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_EditorSaveData)->Arg(100'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_PlainPdf)->Arg(10'000)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(BM_PrintPdf)->Arg(10'000)->Unit(benchmark::kMillisecond)->Iterations(3);
 
 }  // namespace
 }  // namespace zephyr::bench
