@@ -1,7 +1,8 @@
 # Installation: the libraries with their public headers, the programs, the
-# CMake package ZephyrPopup (imported targets ZephyrPopup::runtime, ::excel,
-# ::editor and what they link) and the pkg-config modules zephyr-popup and
-# zephyr-popup-editor. Included last, when every target exists.
+# Qt Designer plugin, the CMake package ZephyrPopup (imported targets
+# ZephyrPopup::runtime, ::excel, ::editor and what they link) and the
+# pkg-config modules zephyr-popup and zephyr-popup-editor. Included last, when
+# every target exists.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -156,6 +157,21 @@ endif()
 
 set_target_properties(${zephyr_programs} PROPERTIES INSTALL_RPATH "$ORIGIN/${zephyr_lib_from_bin}")
 install(TARGETS ${zephyr_programs})
+
+# --- Qt Designer plugin ------------------------------------------------------
+# In Qt's own plugin layout under the library folder: installed into Qt's
+# prefix it is where Designer looks; from any other prefix Designer finds it
+# with QT_PLUGIN_PATH=<prefix>/<libdir>/qt6/plugins.
+if(TARGET zephyr_designer_plugin)
+  set(zephyr_designer_dir ${CMAKE_INSTALL_LIBDIR}/qt6/plugins/designer)
+  file(RELATIVE_PATH zephyr_lib_from_designer ${CMAKE_INSTALL_FULL_LIBDIR}/qt6/plugins/designer
+    ${CMAKE_INSTALL_FULL_LIBDIR})
+  set_target_properties(zephyr_designer_plugin PROPERTIES
+    INSTALL_RPATH "$ORIGIN/${zephyr_lib_from_designer}")
+  # A static editor is linked into the module, the workbook archive with it.
+  set_property(TARGET zephyr_workbook PROPERTY POSITION_INDEPENDENT_CODE ON)
+  install(TARGETS zephyr_designer_plugin LIBRARY DESTINATION ${zephyr_designer_dir})
+endif()
 
 # --- CMake package -----------------------------------------------------------
 zephyr_scan_links(core_pkg core_qt INTERFACE_LINK_LIBRARIES TARGETS ${zephyr_exported_core})

@@ -11,8 +11,11 @@ packages=(
   python3 python3-dbfread gdal-bin libshp-dev
   libzip-dev libexpat1-dev libxlsxwriter-dev python3-openpyxl python3-xlsxwriter
   # The editor: Qt 6 (Qt's CMake package looks for OpenGL), the platform
-  # plugins, a font for offscreen rendering and pdftotext for printed output.
-  qt6-base-dev qt6-qpa-plugins libgl-dev fonts-dejavu-core poppler-utils
+  # plugins, Designer's library for the widget's Designer plugin (its CMake
+  # package needs Qt6OpenGL's, which qt6-tools-dev does not pull in), a font
+  # for offscreen rendering and pdftotext for printed output.
+  qt6-base-dev qt6-qpa-plugins qt6-tools-dev libqt6opengl6-dev libgl-dev
+  fonts-dejavu-core poppler-utils
 )
 
 sudo_cmd=()
