@@ -1,10 +1,13 @@
 // zpopup-edit [POPUP]: edits a popup in a desktop window.
-// zpopup-edit --screenshot OUT.png [--view design|data] POPUP: renders the
-// window offscreen to a PNG and exits.
+// zpopup-edit --screenshot OUT.png [--view design|data] [--select KEY]
+// [--find TEXT] POPUP: renders the window offscreen to a PNG and exits.
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QLineEdit>
+#include <QEventLoop>
 #include <QPixmap>
 #include <QTimer>
+#include <QTreeView>
 #include <cstdio>
 #include <cstdlib>
 
@@ -12,12 +15,49 @@
 
 namespace {
 
-int Screenshot(zephyr::apps::MainWindow& window, const QString& out, const QString& view) {
+struct ScreenshotScene {
+  QString view;
+  // The popup key of the item made current, two digits per level: "1020".
+  QString select;
+  QString find;
+};
+
+// Makes the outline row of the item with this key current.
+bool SelectItem(QTreeView* outline, const QString& key) {
+  QModelIndex row = outline->model()->index(0, 0);
+  for (qsizetype at = 0; at + 2 <= key.size() && row.isValid(); at += 2) {
+    QModelIndex parent = row;
+    row = QModelIndex();
+    for (int child = 0; child < outline->model()->rowCount(parent); ++child) {
+      QModelIndex candidate = outline->model()->index(child, 0, parent);
+      if (candidate.data().toString() == key.mid(at, 2)) row = candidate;
+    }
+  }
+  if (!row.isValid() || key.size() % 2 != 0) return false;
+  outline->setCurrentIndex(row);
+  outline->scrollTo(row);
+  return true;
+}
+
+int Screenshot(zephyr::apps::MainWindow& window, const QString& out, const ScreenshotScene& scene) {
   window.resize(960, 600);
   window.show();
-  if (view == QLatin1String("design")) window.Editor()->ShowView(false);
-  if (view == QLatin1String("data")) window.Editor()->ShowView(true);
-  QApplication::processEvents();
+  zephyr::editor::PopupControlEdit* editor = window.Editor();
+  if (scene.view == QLatin1String("design")) editor->ShowView(false);
+  if (scene.view == QLatin1String("data")) editor->ShowView(true);
+  if (!scene.select.isEmpty() &&
+      !SelectItem(editor->findChild<QTreeView*>(QStringLiteral("DataGrid")), scene.select)) {
+    std::fprintf(stderr, "zpopup-edit: no item has the key %s\n", qPrintable(scene.select));
+    return 2;
+  }
+  if (!scene.find.isEmpty()) {
+    editor->FocusFind();
+    editor->findChild<QLineEdit*>(QStringLiteral("txtFind"))->setText(scene.find);
+  }
+  // Let the find box's delayed filter and the repaint run.
+  QEventLoop settle;
+  QTimer::singleShot(400, &settle, &QEventLoop::quit);
+  settle.exec();
   if (!window.grab().save(out, "PNG")) {
     std::fprintf(stderr, "zpopup-edit: %s: cannot write the picture\n", qPrintable(out));
     return 2;
@@ -53,9 +93,18 @@ int main(int argc, char** argv) {
   QCommandLineOption print_pdf(QStringLiteral("print-pdf"),
                                QStringLiteral("Print the data view to a PDF file and exit."),
                                QStringLiteral("OUT.pdf"));
+  QCommandLineOption select(QStringLiteral("select"),
+                            QStringLiteral("With --screenshot: make the item with this key current "
+                                           "in the data view."),
+                            QStringLiteral("KEY"));
+  QCommandLineOption find(QStringLiteral("find"),
+                          QStringLiteral("With --screenshot: type this text into the find box."),
+                          QStringLiteral("TEXT"));
   parser.addOption(screenshot);
   parser.addOption(print_pdf);
   parser.addOption(view);
+  parser.addOption(select);
+  parser.addOption(find);
   parser.addPositionalArgument(
       QStringLiteral("POPUP"),
       QStringLiteral("The popup: folder and base name, or its .ZPT file."));
@@ -76,7 +125,13 @@ int main(int argc, char** argv) {
   bool batch = parser.isSet(screenshot) || parser.isSet(print_pdf);
   if (batch) window.SetBatch();
   if (!popups.isEmpty() && !window.OpenNamed(popups.first()) && batch) return 2;
-  if (parser.isSet(screenshot)) return Screenshot(window, parser.value(screenshot), view_name);
+  if (parser.isSet(screenshot)) {
+    ScreenshotScene scene{view_name, parser.value(select), parser.value(find)};
+    if (scene.view.isEmpty() && (!scene.select.isEmpty() || !scene.find.isEmpty())) {
+      scene.view = QStringLiteral("data");
+    }
+    return Screenshot(window, parser.value(screenshot), scene);
+  }
   if (parser.isSet(print_pdf)) return window.PrintPdf(parser.value(print_pdf)) ? 0 : 2;
   window.show();
   if (popups.isEmpty()) window.Editor()->OpenPopup("", "");  // a new popup, title first

@@ -272,6 +272,11 @@ bool EditorState::DataGridKey(QKeyEvent* event, bool editing) {
     Guarded([this]() { Paste(); });
     return true;
   }
+  // The Delete key is the Delete button: it asks first, and the title row has none.
+  if (key == Qt::Key_Delete && cmdDelete->isEnabled()) {
+    Guarded([this]() { DeleteDataItem(); });
+    return true;
+  }
   return false;
 }
 

@@ -87,7 +87,7 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     Open();
     Grid()->setCurrentIndex(Row({"10"}));
     messages->answers = {MessageAnswer::kNo};
-    QTest::mouseClick(Child<QPushButton>("cmdDelete"), Qt::LeftButton);
+    QTest::keyClick(Grid(), Qt::Key_Delete);
     QCOMPARE(messages->shown.back().title, std::string("Confirm Delete"));
     QCOMPARE(messages->shown.back().default_button, 2);
     QCOMPARE(editor->Popup()->PopupItems()->Count(), 2);
@@ -98,6 +98,8 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     QCOMPARE(Grid()->currentIndex().row(), 0);
     QVERIFY(!Grid()->currentIndex().parent().isValid());
     QVERIFY(!Child<QPushButton>("cmdDelete")->isEnabled());
+    QTest::keyClick(Grid(), Qt::Key_Delete);  // the title row stays
+    QCOMPARE(editor->Popup()->PopupItems()->Count(), 1);
   }
 
   void fKeysWalkUpToTheirLevel() {
