@@ -2,7 +2,12 @@
 
 #include <xlsxwriter.h>
 
-#include <functional>
+#include <cctype>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <ostream>
 
 #include "zephyr/runtime/popup_key.h"
 #include "zephyr/support/errors.h"
@@ -12,15 +17,24 @@ namespace zephyr::excel {
 
 namespace {
 
-// A sheet name the workbook format accepts: at most 31 characters, none of []:*?/\.
+// A sheet name the workbook format accepts: at most 31 characters, none of
+// []:*?/\, no apostrophe at either end.
 std::string SheetName(const std::string& title) {
   std::string name;
   for (char c : title) {
     if (std::string_view("[]:*?/\\").find(c) == std::string_view::npos) name.push_back(c);
   }
-  name = std::string(Trim(name)).substr(0, 31);
-  while (!name.empty() && (static_cast<unsigned char>(name.back()) & 0xC0) == 0x80) name.pop_back();
-  if (!name.empty() && static_cast<unsigned char>(name.back()) >= 0xC0) name.pop_back();
+  name = std::string(Trim(name));
+  // Cut at 31 characters, not bytes, and never inside one.
+  size_t characters = 0, cut = 0;
+  while (cut < name.size() && characters < 31) {
+    ++characters;
+    ++cut;
+    while (cut < name.size() && (static_cast<unsigned char>(name[cut]) & 0xC0) == 0x80) ++cut;
+  }
+  name.resize(cut);
+  while (!name.empty() && (name.front() == '\'' || name.front() == ' ')) name.erase(0, 1);
+  while (!name.empty() && (name.back() == '\'' || name.back() == ' ')) name.pop_back();
   return name.empty() ? "Popup" : name;
 }
 
@@ -30,39 +44,93 @@ std::string Value(PopupItem& item, int32_t index) {
                                   : std::string();
 }
 
+[[noreturn]] void RaiseCannotWrite(const std::string& path, const std::string& reason) {
+  throw RuntimeError(RuntimeErrorCode::kPathFileAccessError,
+                     "cannot write the workbook '" + path + "': " + reason);
+}
+
+// Where the exported rows go: cells of a worksheet or lines of CSV text.
+class RowSink {
+ public:
+  virtual ~RowSink() = default;
+  virtual void Write(const std::vector<std::string>& row) = 0;
+  virtual void Close() = 0;
+};
+
+class XlsxSink : public RowSink {
+ public:
+  XlsxSink(const std::string& path, const std::string& sheet_name) : path_(path) {
+    book_ = workbook_new(path.c_str());
+    if (!book_) RaiseCannotWrite(path, "the file cannot be created");
+    sheet_ = workbook_add_worksheet(book_, SheetName(sheet_name).c_str());
+    if (!sheet_) sheet_ = workbook_add_worksheet(book_, "Popup");
+  }
+  ~XlsxSink() override {
+    if (book_) workbook_close(book_);
+  }
+  void Write(const std::vector<std::string>& row) override {
+    for (size_t column = 0; column < row.size(); ++column) {
+      if (row[column].empty()) continue;
+      worksheet_write_string(sheet_, row_, static_cast<lxw_col_t>(column), row[column].c_str(),
+                             nullptr);
+    }
+    ++row_;
+  }
+  void Close() override {
+    lxw_error closed = workbook_close(book_);
+    book_ = nullptr;
+    if (closed != LXW_NO_ERROR) RaiseCannotWrite(path_, lxw_strerror(closed));
+  }
+
+ private:
+  std::string path_;
+  lxw_workbook* book_ = nullptr;
+  lxw_worksheet* sheet_ = nullptr;
+  lxw_row_t row_ = 0;
+};
+
+// UTF-8 text, fields quoted when they hold a comma, a quote or a line break,
+// lines ended by CR LF.
+class CsvSink : public RowSink {
+ public:
+  CsvSink(std::ostream& out, std::string path) : out_(out), path_(std::move(path)) {}
+  void Write(const std::vector<std::string>& row) override {
+    for (size_t column = 0; column < row.size(); ++column) {
+      if (column > 0) out_ << ',';
+      out_ << CsvField(row[column]);
+    }
+    out_ << "\r\n";
+  }
+  void Close() override {
+    out_.flush();
+    if (!out_) RaiseCannotWrite(path_, std::strerror(errno));
+  }
+
+ private:
+  std::ostream& out_;
+  std::string path_;
+};
+
 class Exporter {
  public:
-  Exporter(PopupClass& popup, const std::string& path) : popup_(popup), path_(path) {}
+  Exporter(PopupClass& popup, RowSink& sink) : popup_(popup), sink_(sink) {}
 
   ExportReport Run() {
-    lxw_workbook* book = workbook_new(path_.c_str());
-    if (!book) Raise("cannot create the workbook");
-    lxw_worksheet* sheet = workbook_add_worksheet(book, SheetName(popup_.Title()).c_str());
-    sheet_ = sheet;
     WriteHeading();
     std::vector<std::string> texts;
     for (const auto& item : *popup_.PopupItems()) Visit(*item, texts);
-    lxw_error closed = workbook_close(book);
-    if (closed != LXW_NO_ERROR) Raise(lxw_strerror(closed));
+    sink_.Close();
     return report_;
   }
 
  private:
-  [[noreturn]] void Raise(const std::string& reason) {
-    throw RuntimeError(RuntimeErrorCode::kPathFileAccessError,
-                       "cannot write the workbook '" + path_ + "': " + reason);
-  }
-
-  void Write(lxw_row_t row, lxw_col_t column, const std::string& text) {
-    if (!text.empty()) worksheet_write_string(sheet_, row, column, text.c_str(), nullptr);
-  }
-
   void WriteHeading() {
     auto fields = popup_.PopupFields();
-    lxw_col_t column = 0;
-    Write(0, column++, fields->Count() >= 1 ? fields->Item(1)->Name() : "Popup Code");
-    for (const auto& level : *popup_.PopupLevels()) Write(0, column++, level->Question().ToText());
-    for (int32_t i = 3; i <= fields->Count(); ++i) Write(0, column++, fields->Item(i)->Name());
+    std::vector<std::string> heading{fields->Count() >= 1 ? fields->Item(1)->Name()
+                                                          : "Popup Code"};
+    for (const auto& level : *popup_.PopupLevels()) heading.push_back(level->Question().ToText());
+    for (int32_t i = 3; i <= fields->Count(); ++i) heading.push_back(fields->Item(i)->Name());
+    sink_.Write(heading);
   }
 
   void Visit(PopupItem& item, std::vector<std::string>& texts) {
@@ -88,11 +156,11 @@ class Exporter {
   }
 
   void WriteLeaf(PopupItem& item, const std::vector<std::string>& texts) {
-    lxw_row_t row = static_cast<lxw_row_t>(++report_.rows_written);
-    lxw_col_t column = 0;
-    Write(row, column++, CompactPath(item.PopupKey()));
-    for (const std::string& text : texts) Write(row, column++, text);
-    for (int32_t i = 2; i <= item.PopupValues()->Count(); ++i) Write(row, column++, Value(item, i));
+    ++report_.rows_written;
+    std::vector<std::string> row{CompactPath(item.PopupKey())};
+    row.insert(row.end(), texts.begin(), texts.end());
+    for (int32_t i = 2; i <= item.PopupValues()->Count(); ++i) row.push_back(Value(item, i));
+    sink_.Write(row);
   }
 
   void Note(PopupItem& item, const std::string& problem) {
@@ -101,15 +169,42 @@ class Exporter {
   }
 
   PopupClass& popup_;
-  std::string path_;
-  lxw_worksheet* sheet_ = nullptr;
+  RowSink& sink_;
   ExportReport report_;
 };
 
 }  // namespace
 
+std::string CsvField(std::string_view text) {
+  if (text.find_first_of(",\"\r\n") == std::string_view::npos) return std::string(text);
+  std::string quoted = "\"";
+  for (char c : text) {
+    if (c == '"') quoted += '"';
+    quoted += c;
+  }
+  return quoted + '"';
+}
+
 ExportReport ExportToWorkbook(PopupClass& popup, const std::string& path) {
-  return Exporter(popup, path).Run();
+  std::string extension = std::filesystem::path(path).extension().string();
+  for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  if (extension == ".xlsx") {
+    XlsxSink sink(path, popup.Title());
+    return Exporter(popup, sink).Run();
+  }
+  if (extension == ".csv") {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    if (!out) RaiseCannotWrite(path, std::strerror(errno));
+    CsvSink sink(out, path);
+    return Exporter(popup, sink).Run();
+  }
+  throw RuntimeError(RuntimeErrorCode::kBadFileNameOrNumber,
+                     "cannot write '" + path + "': a workbook is written as .xlsx or .csv");
+}
+
+ExportReport ExportToCsv(PopupClass& popup, std::ostream& out, const std::string& name) {
+  CsvSink sink(out, name);
+  return Exporter(popup, sink).Run();
 }
 
 }  // namespace zephyr::excel

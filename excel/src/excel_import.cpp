@@ -77,6 +77,8 @@ class ExcelImporter {
   bool ScanWithKey();
   bool AskAboutStructure();
   bool ValidateExcel();
+  bool CheckValueLengths();
+  std::string FieldNameOfColumn(int32_t column);
   bool ImportWithkey();
   std::vector<int32_t> ReorderMatrix() const;
   void ImportNokey(const std::vector<int32_t>& rows);
@@ -112,6 +114,8 @@ class ExcelImporter {
   int levels_ = 0;
   bool keep_popup_structure_ = true;
   ImportNode root_;
+  // The sheet row each row of sheet_ came from (hidden rows are left out).
+  std::vector<int32_t> sheet_rows_;
 };
 
 void ExcelImporter::Fail(ImportOutcome outcome, const std::string& prompt, const std::string& title,
@@ -143,6 +147,7 @@ ImportOutcome ExcelImporter::Run() {
   Progress("Scan for Stop Row");
   Progress("Analyzing Data Structure");
   if (!ValidateExcel()) return outcome_;
+  if (!CheckValueLengths()) return outcome_;
   Progress("Copy Array");
   if (has_keys_) {
     if (!ImportWithkey()) return outcome_;
@@ -197,6 +202,7 @@ bool ExcelImporter::GetExcelBounds() {
     cells.reserve(static_cast<size_t>(columns));
     for (int32_t column = 1; column <= columns; ++column) cells.push_back(cell_text(row, column));
     sheet_.AddRow(std::move(cells));
+    sheet_rows_.push_back(r);
   }
   return true;
 }
@@ -402,6 +408,36 @@ bool ExcelImporter::ValidateExcel() {
   return true;
 }
 
+// The name of the field that a level or companion column fills, as the popup
+// will have it after the import.
+std::string ExcelImporter::FieldNameOfColumn(int32_t column) {
+  auto fields = popup_.PopupFields();
+  if (column <= levels_ + 1) return fields->Count() >= 2 ? fields->Item(2)->Name() : "Description";
+  int32_t field = column - levels_ + 1;  // the first companion column fills field 3
+  if (keep_popup_structure_ && field <= fields->Count()) return fields->Item(field)->Name();
+  std::string heading = sheet_.Trimmed(1, column);
+  return heading.empty() ? "Field " + std::to_string(field) : heading;
+}
+
+// Fields widen to the longest value they receive, up to the table's limit; a
+// longer value stops the import rather than being cut.
+bool ExcelImporter::CheckValueLengths() {
+  for (int32_t row = 2; row <= Rows(); ++row) {
+    for (int32_t column = 2; column <= sheet_.ColumnCount(); ++column) {
+      size_t length = ActiveCodePage().CharacterCount(RTrim(sheet_.Cell(row, column)));
+      if (length <= static_cast<size_t>(kMaxFieldLength)) continue;
+      Fail(ImportOutcome::kRuleFailed,
+           "The Excel Row: " + std::to_string(sheet_rows_[static_cast<size_t>(row - 1)]) +
+               " Col: " + std::to_string(column) + " holds " + std::to_string(length) +
+               " characters for the field '" + FieldNameOfColumn(column) +
+               "'. A field holds at most " + std::to_string(kMaxFieldLength) + " characters.",
+           "Value Too Long", MessageButtons::kOk);
+      return false;
+    }
+  }
+  return true;
+}
+
 bool ExcelImporter::ImportWithkey() {
   Progress("Copying Data to Memory");
   size_t width = static_cast<size_t>(2 * levels_);
@@ -534,8 +570,13 @@ void ExcelImporter::ReFormatZephyrPopup() {
 
   auto old_levels = popup_.PopupLevels();
   auto old_fields = popup_.PopupFields();
+  // Keeping the popup's structure keeps every one of its questions and
+  // fields; sheet columns beyond them add levels and fields named by their
+  // headings.
+  int popup_levels =
+      keep_popup_structure_ ? std::max<int>(levels_, old_levels->Count()) : levels_;
   auto levels = std::make_shared<PopupLevels>();
-  for (int level = 1; level <= levels_; ++level) {
+  for (int level = 1; level <= popup_levels; ++level) {
     bool keep = keep_popup_structure_ && level <= old_levels->Count();
     Variant question = keep ? old_levels->Item(level)->Question()
                             : Variant(heading(level + 1, "Level " + std::to_string(level)));
@@ -547,28 +588,29 @@ void ExcelImporter::ReFormatZephyrPopup() {
     text_width = std::max(text_width, width_of_column(level + 1));
   }
   auto fields = std::make_shared<PopupFields>();
-  fields->Add("Popup Code", static_cast<int16_t>(2 * levels_), 0, 0);
+  fields->Add("Popup Code", static_cast<int16_t>(2 * popup_levels), 0, 0);
   if (old_fields->Count() >= 2) {
     auto text_field = old_fields->Item(2);
     fields->Add(text_field->Name(), std::max(text_field->FieldLength(), text_width), 1, 0);
   } else {
     fields->Add("Description", text_width, 1, 0);
   }
-  if (keep_popup_structure_) {
-    for (int32_t i = 3; i <= old_fields->Count(); ++i) {
-      auto field = old_fields->Item(i);
-      fields->Add(field->Name(), field->FieldLength(), static_cast<int16_t>(i - 1), 0);
-    }
-  } else {
-    for (int32_t k = 1; k <= CompanionColumns(); ++k) {
-      int32_t column = levels_ + 1 + k;
-      fields->Add(heading(column, "Field " + std::to_string(k + 2)), width_of_column(column),
-                  static_cast<int16_t>(k + 1), 0);
-    }
+  int32_t kept_fields = keep_popup_structure_ ? old_fields->Count() : 2;
+  for (int32_t i = 3; i <= kept_fields; ++i) {
+    auto field = old_fields->Item(i);
+    int32_t column = levels_ + i - 1;  // the companion column that fills field i
+    int16_t length = field->FieldLength();
+    if (column <= sheet_.ColumnCount()) length = std::max(length, width_of_column(column));
+    fields->Add(field->Name(), length, static_cast<int16_t>(i - 1), 0);
+  }
+  for (int32_t k = std::max(1, kept_fields - 1); k <= CompanionColumns(); ++k) {
+    int32_t column = levels_ + 1 + k;
+    fields->Add(heading(column, "Field " + std::to_string(k + 2)), width_of_column(column),
+                static_cast<int16_t>(k + 1), 0);
   }
   popup_.PopupLevels(levels);
   popup_.PopupFields(fields);
-  popup_.Levels(static_cast<int16_t>(levels_));
+  popup_.Levels(static_cast<int16_t>(popup_levels));
   if (popup_.Title().empty()) {
     popup_.Title(std::filesystem::path(path_).stem().string());
   }
@@ -587,7 +629,7 @@ void ExcelImporter::CopyItems() {
       copy = [&](const ImportNode& node, PopupItems& siblings,
                  const std::shared_ptr<PopupItem>& parent, const std::string& path, int level) {
         std::string compact = path + node.code;
-        auto item = siblings.Add(FormatStoredKey(compact, levels_));
+        auto item = siblings.Add(FormatStoredKey(compact, popup_.Levels()));
         ItemAccess::SetLevel(*item, static_cast<int16_t>(level));
         item->Parent(parent);
         auto values = item->PopupValues();

@@ -54,6 +54,15 @@ class ExcelImportTest : public ::testing::Test {
     return ImportFromWorkbook(*popup_, workbook, ui);
   }
 
+  // The popup as saved.
+  std::unique_ptr<PopupClass> Reopened() {
+    auto popup = std::make_unique<PopupClass>();
+    popup->PopupPath(dir_.Path());
+    popup->DataSource("P");
+    popup->OpenPopup();
+    return popup;
+  }
+
   // The only message shown; fails the test when there were others.
   const Message& OnlyMessage() {
     EXPECT_EQ(messages_.shown.size(), 1u);
@@ -229,22 +238,41 @@ TEST_F(ExcelImportTest, CancellingLeavesThePopupAndItsFilesAsTheyWere) {
   EXPECT_EQ(ReadBytes(dir_.File("P.ZPD")), old_data);
 }
 
+// Keeping the popup's structure drops none of its questions or fields, widens
+// a field to its longest value and adds fields for extra columns.
 TEST_F(ExcelImportTest, KeepingThePopupStructureMapsTheSheetOntoIt) {
   testing::WritePopupFiles(dir_.Path(), "P",
-                           {"Kept", {"Aisle", "Shelf"}, {{"Label", 5}, {"Size", 3}}},
-                           {{"  01", "old", ""}});
+                           {"Kept", {"Aisle", "Shelf", "Bin"}, {{"Label", 5}, {"Size", 3}}},
+                           {{"    01", "old", ""}});
   messages_.answers = {MessageAnswer::kYes};
-  ASSERT_EQ(ImportCsv("K,A,B,F,G\n0101,Drinks,Tea,x,extra\n"), ImportOutcome::kImported);
+  ASSERT_EQ(ImportCsv("K,A,B,F,G\n0101,Drinks,Tea,large,extra\n"), ImportOutcome::kImported);
   EXPECT_EQ(popup_->Title(), "Kept");
-  EXPECT_EQ(popup_->PopupLevels()->Item(1)->Question().ToText(), "Aisle");
-  auto fields = popup_->PopupFields();
-  ASSERT_EQ(fields->Count(), 3);
-  EXPECT_EQ(fields->Item(2)->Name(), "Label");
-  EXPECT_EQ(fields->Item(2)->FieldLength(), 6);  // widened to fit "Drinks"
-  EXPECT_EQ(fields->Item(3)->Name(), "Size");
-  auto tea = popup_->PopupItems()->Item(1)->Children()->Item(1);
-  ASSERT_EQ(tea->PopupValues()->Count(), 2);  // the extra sheet column is dropped
-  EXPECT_EQ(tea->PopupValues()->Item(2)->Value(), "x");
+  EXPECT_EQ(popup_->Levels(), 3);
+  EXPECT_EQ(popup_->PopupLevels()->Item(3)->Question().ToText(), "Bin");
+  std::vector<std::pair<std::string, int>> fields;
+  for (const auto& field : *popup_->PopupFields()) {
+    fields.emplace_back(field->Name(), field->FieldLength());
+  }
+  EXPECT_EQ(fields, (std::vector<std::pair<std::string, int>>{
+                        {"Popup Code", 6}, {"Label", 6}, {"Size", 5}, {"G", 5}}));
+  auto reread = Reopened();
+  auto tea = reread->PopupItems()->Item(1)->Children()->Item(1);
+  EXPECT_EQ(tea->Level(), 2);
+  std::vector<std::string> values;
+  for (const auto& value : *tea->PopupValues()) values.push_back(value->Value());
+  EXPECT_EQ(values, (std::vector<std::string>{"Tea", "large", "extra"}));
+}
+
+TEST_F(ExcelImportTest, AValueLongerThanAFieldCanHoldStopsTheImport) {
+  testing::WritePopupFiles(dir_.Path(), "P", {"Kept", {"A"}, {{"Name", 5}, {"Note", 3}}},
+                           {{"01", "old", "n"}});
+  std::string sheet = "K,A,Note\n01,x,y\n02,z," + std::string(255, 'w') + "\n";
+  EXPECT_EQ(ImportCsv(sheet), ImportOutcome::kRuleFailed);
+  EXPECT_EQ(OnlyMessage().prompt,
+            "The Excel Row: 3 Col: 3 holds 255 characters for the field 'Note'. A field holds "
+            "at most 254 characters.");
+  auto reread = Reopened();
+  EXPECT_EQ(reread->PopupItems()->Item(1)->PopupValues()->Item(1)->Value(), "old");
 }
 
 TEST_F(ExcelImportTest, AnUnreadableWorkbookIsNamedWithItsReason) {

@@ -1,4 +1,4 @@
-// Exporting a popup to a new workbook that the import reads back: a heading
+// Exporting a popup to a new workbook or CSV file that the import reads back: a heading
 // row (the key field's name, the level questions, the companion field names)
 // and one row per leaf with its key as text, the texts of the items on its
 // path and its companion values.
@@ -6,7 +6,9 @@
 #define ZEPHYR_EXCEL_EXCEL_EXPORT_H_
 
 #include <cstdint>
+#include <iosfwd>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "zephyr/runtime/popup_class.h"
@@ -21,9 +23,18 @@ struct ExportReport {
   std::vector<std::string> cannot_round_trip;
 };
 
-// Writes the popup's items to a new .xlsx workbook at `path` (replacing it).
-// Raises a run-time error naming the file when it cannot be written.
+// Writes the popup's items to a new workbook at `path` (replacing it): .xlsx,
+// whose one sheet is named after the title as far as sheet names allow, or
+// .csv (UTF-8, RFC 4180 quoting, CR LF). Raises a run-time error naming the
+// file when it cannot be written or has another extension.
 ExportReport ExportToWorkbook(PopupClass& popup, const std::string& path);
+
+// The same rows as CSV text on a stream; `name` stands for it in errors.
+ExportReport ExportToCsv(PopupClass& popup, std::ostream& out, const std::string& name);
+
+// One CSV field: quoted, with doubled quotes, when it holds a comma, a quote
+// or a line break.
+std::string CsvField(std::string_view text);
 
 }  // namespace zephyr::excel
 
