@@ -1,19 +1,24 @@
 #include "commands.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 #include <memory>
 
+#include "codepage_report.h"
 #include "exchange_commands.h"
 #include "file_error.h"
+#include "options.h"
 #include "json.h"
 #include "popup_name.h"
 #include "terminal_progress.h"
 #include "usage_error.h"
+#include "zephyr/runtime/design_rules.h"
 #include "zephyr/runtime/popup_check.h"
 #include "zephyr/runtime/popup_key.h"
 #include "zephyr/support/errors.h"
 #include "zephyr/support/file_utils.h"
+#include "zephyr/support/text.h"
 #include "zephyr/table/dbase.h"
 
 namespace zephyr::cli {
@@ -21,11 +26,9 @@ namespace zephyr::cli {
 namespace {
 
 // The one POPUP argument of a command that takes nothing else.
-PopupName OnlyPopup(const Arguments& args, const char* command) {
-  if (args.size() != 1 || args[0].empty() || args[0][0] == '-') {
-    throw UsageError{std::string(command) + " takes one POPUP"};
-  }
-  return PopupName::Parse(args[0]);
+PopupName OnlyPopup(const ParsedOptions& options, const char* command) {
+  if (options.Positional().size() != 1) throw UsageError{std::string(command) + " takes one POPUP"};
+  return ParsePopup(options.Positional()[0]);
 }
 
 // A popup that the command needs must exist.
@@ -37,6 +40,16 @@ void RequireExisting(const PopupName& name) {
 }
 
 }  // namespace
+
+PopupName ParsePopup(const std::string& argument) {
+  PopupName name = PopupName::Parse(argument);
+  std::error_code error;
+  if (std::filesystem::is_directory(argument, error) && !name.Exists()) {
+    throw FileError{argument, "is a folder; name a popup by its folder and base name "
+                              "(examples/Products)"};
+  }
+  return name;
+}
 
 std::unique_ptr<PopupClass> OpenExisting(const PopupName& name) {
   ForFile(name.File(".ZPT"), [&] { RequireExisting(name); });
@@ -75,14 +88,31 @@ std::string JoinedValues(PopupItem& item) {
   return joined;
 }
 
+int64_t CountItems(PopupItems& items) {
+  int64_t count = 0;
+  Walk(items, [&](PopupItem&) { ++count; });
+  return count;
+}
+
+// Rows of the table that hold no item: their parent is missing.
+void TellRowsLeftOut(PopupClass& popup, const PopupName& name, int64_t items) {
+  int64_t left_out = popup.RowCount() - items;
+  if (left_out <= 0) return;
+  std::fprintf(stderr, "zpopup: %s: %lld %s left out: no parent item ('zpopup check' names %s)\n",
+               name.File(".ZPD").c_str(), static_cast<long long>(left_out),
+               left_out == 1 ? "row was" : "rows were", left_out == 1 ? "it" : "them");
+}
+
 int Show(const Arguments& args) {
-  auto popup = OpenExisting(OnlyPopup(args, "show"));
+  PopupName name = OnlyPopup(ParsedOptions(args, {}), "show");
+  auto popup = OpenExisting(name);
   std::printf("%s\n", popup->Title().c_str());
   Walk(*popup->PopupItems(), [](PopupItem& item) {
     std::string indent(2 * static_cast<size_t>(std::max<int16_t>(item.Level() - 1, 0)), ' ');
     std::printf("%s%s  %s\n", indent.c_str(), OwnCode(item.PopupKey()).c_str(),
                 JoinedValues(item).c_str());
   });
+  TellRowsLeftOut(*popup, name, CountItems(*popup->PopupItems()));
   return kSuccess;
 }
 
@@ -112,18 +142,11 @@ void DumpItems(PopupItems& items, std::string& out) {
 }
 
 int Dump(const Arguments& args) {
-  Arguments rest;
-  for (size_t i = 0; i < args.size(); ++i) {
-    if (args[i] == "--format") {
-      if (i + 1 >= args.size() || args[i + 1] != "json") {
-        throw UsageError{"--format takes json"};
-      }
-      ++i;
-    } else {
-      rest.push_back(args[i]);
-    }
+  ParsedOptions options(args, {{"--format", true}});
+  if (options.Has("--format") && options.Value("--format") != "json") {
+    throw UsageError{"--format takes json"};
   }
-  auto popup = OpenExisting(OnlyPopup(rest, "dump"));
+  auto popup = OpenExisting(OnlyPopup(options, "dump"));
   std::string out = "{\"title\": " + JsonString(popup->Title()) + ", \"levels\": [";
   bool first = true;
   for (const auto& level : *popup->PopupLevels()) {
@@ -145,7 +168,8 @@ int Dump(const Arguments& args) {
 }
 
 int Info(const Arguments& args) {
-  auto popup = OpenExisting(OnlyPopup(args, "info"));
+  PopupName name = OnlyPopup(ParsedOptions(args, {}), "info");
+  auto popup = OpenExisting(name);
   std::printf("Title: %s\n", popup->Title().c_str());
   std::printf("Levels: %d\n", popup->Levels());
   int32_t number = 1;
@@ -164,11 +188,12 @@ int Info(const Arguments& args) {
   });
   std::printf("Items: %lld\n", static_cast<long long>(count));
   std::printf("Depth: %d\n", depth);
+  TellRowsLeftOut(*popup, name, count);
   return kSuccess;
 }
 
 int Check(const Arguments& args) {
-  PopupName name = OnlyPopup(args, "check");
+  PopupName name = OnlyPopup(ParsedOptions(args, {}), "check");
   PopupClass popup;
   name.Apply(popup);
   ForFile(name.File(".ZPT"), [&] {
@@ -177,7 +202,10 @@ int Check(const Arguments& args) {
   });
   std::string folder = WithTrailingSlash(name.folder);
   std::string data = folder + ResolveCaseVariant(name.folder, popup.DataFileName());
-  if (!PathExists(data)) return kSuccess;  // a popup without items has nothing to check
+  if (!PathExists(data)) {  // a popup without items has nothing to check
+    std::puts("no problems found");
+    return kSuccess;
+  }
   Variant values;
   ForFile(data, [&] {
     dBase table;
@@ -185,79 +213,88 @@ int Check(const Arguments& args) {
     values = table.GetTableValues();
     table.CloseFile();
   });
-  if (!values.IsArray()) return kSuccess;
-  auto findings = CheckPopupKeys(*values.AsArray(), popup.Levels());
+  std::vector<CheckFinding> findings;
+  if (values.IsArray()) findings = CheckPopupKeys(*values.AsArray(), popup.Levels());
   for (const auto& finding : findings) {
     std::printf("%s: row %d: %s\n", data.c_str(), finding.row, finding.text.c_str());
   }
+  if (findings.empty()) std::puts("no problems found");
   return findings.empty() ? kSuccess : kProblemsFound;
 }
 
-int New(const Arguments& args) {
-  std::string target, title;
-  bool has_title = false;
-  std::vector<std::string> levels;
-  std::vector<std::pair<std::string, int16_t>> fields;
-  for (size_t i = 0; i < args.size(); ++i) {
-    const std::string& arg = args[i];
-    if (arg == "--title" || arg == "--level" || arg == "--field") {
-      if (i + 1 >= args.size()) throw UsageError{arg + " needs a value"};
-      const std::string& value = args[++i];
-      if (arg == "--title") {
-        title = value;
-        has_title = true;
-      } else if (arg == "--level") {
-        levels.push_back(value);
-      } else {
-        size_t colon = value.rfind(':');
-        double length = 0;
-        if (colon == std::string::npos || colon == 0 ||
-            !ParseNumber(value.substr(colon + 1), &length)) {
-          throw UsageError{"--field takes NAME:LENGTH, not '" + value + "'"};
-        }
-        if (length < 1 || length > 254 || length != static_cast<int>(length)) {
-          throw UsageError{"field length must be a whole number from 1 to 254 in '" + value + "'"};
-        }
-        fields.emplace_back(value.substr(0, colon), static_cast<int16_t>(length));
-      }
-    } else if (!arg.empty() && arg[0] == '-') {
-      throw UsageError{"unknown option " + arg};
-    } else if (target.empty()) {
-      target = arg;
-    } else {
-      throw UsageError{"new takes one POPUP"};
+// The design `new` was given, checked by the rules the editor applies.
+DesignDraft NewDesign(const ParsedOptions& options) {
+  if (!options.Has("--title")) throw UsageError{"new needs --title"};
+  if (!options.Has("--level")) throw UsageError{"new needs at least one --level"};
+  DesignDraft draft;
+  draft.title = *options.Value("--title");
+  draft.levels = options.Values("--level");
+  for (const std::string& value : options.Values("--field")) {
+    size_t colon = value.rfind(':');
+    if (colon == std::string::npos || colon == 0) {
+      throw UsageError{"--field takes NAME:LENGTH, not '" + value + "'"};
+    }
+    draft.fields.push_back({value.substr(0, colon), value.substr(colon + 1)});
+  }
+  if (auto broken = CheckDesign(draft)) throw UsageError{broken->message};
+  for (const auto& field : draft.fields) {
+    double length = 0;
+    ParseNumber(field.length, &length);
+    if (length < 1 || length != static_cast<int>(length)) {
+      throw UsageError{"field length must be a whole number from 1 to 254, not '" + field.length +
+                       "' for " + field.name};
     }
   }
-  if (target.empty()) throw UsageError{"new needs a POPUP"};
-  if (!has_title) throw UsageError{"new needs --title"};
-  if (levels.empty()) throw UsageError{"new needs at least one --level"};
-  if (levels.size() > 127) throw UsageError{"a popup has at most 127 levels"};
-  for (const std::string& text : levels) {
-    if (text.find('"') != std::string::npos)
-      throw UsageError{"questions cannot hold double quotes"};
+  for (size_t i = 0; i < draft.fields.size(); ++i) {
+    for (size_t j = 0; j < i; ++j) {
+      if (UpperAscii(std::string(Trim(draft.fields[i].name))) ==
+          UpperAscii(std::string(Trim(draft.fields[j].name)))) {
+        throw UsageError{"two fields are named '" + std::string(Trim(draft.fields[i].name)) + "'"};
+      }
+    }
   }
-  if (title.find('"') != std::string::npos) throw UsageError{"the title cannot hold double quotes"};
+  return draft;
+}
 
-  PopupName name = PopupName::Parse(target);
+int New(const Arguments& args) {
+  ParsedOptions options(
+      args, {{"--title", true}, {"--level", true}, {"--field", true}, {"--strict", false}});
+  if (options.Positional().size() != 1) throw UsageError{"new takes one POPUP"};
+  DesignDraft draft = NewDesign(options);
+  PopupName name = ParsePopup(options.Positional()[0]);
   ForFile(name.File(".ZPT"), [&] {
     if (name.Exists()) {
       throw RuntimeError(RuntimeErrorCode::kFileAlreadyExists,
                          "popup '" + name.Display() + "' exists already; not overwritten");
     }
   });
+  RequireWritableFolder(name.folder);
   PopupClass popup;
   name.Apply(popup);
-  popup.Title(title);
+  popup.Title(std::string(Trim(draft.title)));
   std::vector<PopupClass::LevelSpec> level_specs;
   int16_t number = 1;
-  for (const auto& question : levels) level_specs.push_back({Variant(question), number++});
+  for (const auto& question : draft.levels) {
+    level_specs.push_back({Variant(std::string(Trim(question))), number++});
+  }
   popup.ReplaceLevels(level_specs);
   std::vector<PopupClass::FieldSpec> field_specs;
   number = 1;
-  for (const auto& [field_name, length] : fields) {
-    field_specs.push_back({field_name, length, 0, number++});
+  for (const auto& field : draft.fields) {
+    double length = 0;
+    ParseNumber(field.length, &length);
+    field_specs.push_back(
+        {std::string(Trim(field.name)), static_cast<int16_t>(length), 0, number++});
   }
   popup.ReplaceFields(field_specs);
+  CodePageReport unencodable;
+  unencodable.CheckPopup(popup);
+  if (unencodable.Count() > 0 && options.Has("--strict")) {
+    unencodable.Print("");
+    std::fputs("zpopup: nothing written (--strict)\n", stderr);
+    return kProblemsFound;
+  }
+  unencodable.Print("warning: ");
   ForFile(name.File(".ZPD"), [&] {
     popup.WriteTemplate();
     popup.SavePopup();

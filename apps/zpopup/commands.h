@@ -29,6 +29,9 @@ struct Command {
 // Every command, in the order the help lists them.
 const std::vector<Command>& Commands();
 
+// Reads a POPUP argument; a folder that holds no such popup is a FileError.
+PopupName ParsePopup(const std::string& argument);
+
 // Opens a popup that must exist, with a progress bar while it loads; a
 // missing popup raises file not found. Errors come as FileErrors.
 std::unique_ptr<PopupClass> OpenExisting(const PopupName& name);

@@ -1,80 +1,78 @@
 #include "exchange_commands.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
 #include <optional>
 
 #include "cli_prompts.h"
+#include "codepage_report.h"
 #include "file_error.h"
+#include "options.h"
 #include "popup_name.h"
 #include "terminal_progress.h"
 #include "usage_error.h"
 #include "zephyr/excel/excel_export.h"
 #include "zephyr/excel/excel_import.h"
+#include "zephyr/support/codepage.h"
 #include "zephyr/support/variant.h"
 
 namespace zephyr::cli {
 
 const char* const kImportUsage =
-    "usage: zpopup import WORKBOOK POPUP [--levels N] [--structure popup|sheet]\n\n"
-    "Imports the active sheet of WORKBOOK (.xlsx, .ods or .csv) into POPUP, creating\n"
-    "the popup when it does not exist, and saves it. Row 1 names the levels and\n"
-    "fields; column 1 holds the keys of every row or of none. --levels gives the\n"
-    "level count of a sheet without keys; --structure answers whether the popup\n"
-    "keeps its own levels and fields (popup) or takes the sheet's (sheet) when they\n"
-    "differ. Without them zpopup asks on the terminal, or exits 1.\n";
+    "usage: zpopup import WORKBOOK POPUP [--levels N] [--structure popup|sheet] [--strict]\n\n"
+    "Imports the active sheet of WORKBOOK (.xlsx, .ods or .csv; - reads it from\n"
+    "standard input) into POPUP, creating the popup when it does not exist, and\n"
+    "saves it. Row 1 names the levels and fields; column 1 holds the keys of every\n"
+    "row or of none. --levels gives the level count of a sheet without keys;\n"
+    "--structure answers whether the popup keeps its own levels and fields (popup)\n"
+    "or takes the sheet's (sheet) when they differ. Without them zpopup asks on the\n"
+    "terminal, or exits 1. Keeping the popup's structure keeps all its questions\n"
+    "and fields: the sheet's level columns fill its top levels, its companion\n"
+    "columns its fields in order, and columns beyond them add levels and fields\n"
+    "named by their headings. Fields widen to their longest value; a value over\n"
+    "254 characters stops the import. Text the code page cannot hold is named on\n"
+    "standard error; --strict refuses to save it.\n";
 
 const char* const kExportUsage =
-    "usage: zpopup export POPUP WORKBOOK.xlsx\n\n"
+    "usage: zpopup export POPUP WORKBOOK [--verbose]\n\n"
     "Writes the popup to a new workbook that 'zpopup import' reads back: a heading\n"
-    "row and one row per leaf with its key. Items that cannot come back as they are\n"
-    "(leaves above the deepest level, parents with companion values) are listed on\n"
-    "standard error, and the command exits 1; everything else is written.\n";
+    "row and one row per leaf with its key. WORKBOOK ends in .xlsx or .csv (UTF-8);\n"
+    "- writes CSV to standard output. Items that cannot come back as they are\n"
+    "(leaves above the deepest level, parents with companion values) are counted,\n"
+    "listed with --verbose, and make the command exit 1; everything else is written.\n";
 
-int Import(const Arguments& args) {
-  std::vector<std::string> positional;
-  std::optional<int> levels;
-  std::optional<MessageAnswer> structure;
-  for (size_t i = 0; i < args.size(); ++i) {
-    if (args[i] == "--levels" || args[i] == "--structure") {
-      if (i + 1 >= args.size()) throw UsageError{args[i] + " needs a value"};
-      const std::string& value = args[++i];
-      if (args[i - 1] == "--levels") {
-        double count = 0;
-        if (!ParseNumber(value, &count) || count < 1 || count > 99 ||
-            count != static_cast<int>(count)) {
-          throw UsageError{"--levels takes a whole number from 1 to 99, not '" + value + "'"};
-        }
-        levels = static_cast<int>(count);
-      } else if (value == "popup" || value == "sheet") {
-        structure = value == "popup" ? MessageAnswer::kYes : MessageAnswer::kNo;
-      } else {
-        throw UsageError{"--structure takes popup or sheet, not '" + value + "'"};
-      }
-    } else if (!args[i].empty() && args[i][0] == '-') {
-      throw UsageError{"unknown option " + args[i]};
-    } else {
-      positional.push_back(args[i]);
-    }
-  }
-  if (positional.size() != 2) throw UsageError{"import takes a WORKBOOK and a POPUP"};
+namespace {
 
-  PopupName name = PopupName::Parse(positional[1]);
-  PopupClass popup;
-  auto progress = std::make_shared<TerminalProgress>();
-  popup.SetProgress(progress);
-  name.Apply(popup);
-  if (name.Exists()) {
-    OpenPopupFiles(popup, name, *progress);
-  } else {
-    structure = MessageAnswer::kNo;  // a new popup takes the sheet's design
+// Standard input saved to a file the workbook readers can open: an archive
+// as .xlsx (the readers tell .ods apart by content), anything else as .csv.
+class StdinWorkbook {
+ public:
+  StdinWorkbook() {
+    std::string bytes((std::istreambuf_iterator<char>(std::cin)), std::istreambuf_iterator<char>());
+    char folder[] = "/tmp/zpopup-XXXXXX";
+    if (!::mkdtemp(folder)) throw FileError{"-", std::strerror(errno)};
+    folder_ = folder;
+    path_ = folder_ + (bytes.starts_with("PK") ? "/stdin.xlsx" : "/stdin.csv");
+    std::ofstream(path_, std::ios::binary) << bytes;
   }
-  TerminalMessageBox messages(structure);
-  popup.SetMessageBox(std::shared_ptr<MessageBox>(&messages, [](MessageBox*) {}));
-  TerminalLevelPrompt level_prompt(levels);
-  excel::ImportUi ui{messages, *progress, level_prompt};
-  progress->Show();
-  excel::ImportOutcome outcome = excel::ImportFromWorkbook(popup, positional[0], ui);
-  progress->Unload();
+  ~StdinWorkbook() {
+    std::error_code ignored;
+    std::filesystem::remove_all(folder_, ignored);
+  }
+  const std::string& Path() const { return path_; }
+
+ private:
+  std::string folder_;
+  std::string path_;
+};
+
+int ExitCode(excel::ImportOutcome outcome) {
   switch (outcome) {
     case excel::ImportOutcome::kImported:
       return kSuccess;
@@ -86,20 +84,115 @@ int Import(const Arguments& args) {
   }
 }
 
-int Export(const Arguments& args) {
-  if (args.size() != 2 || args[0][0] == '-' || args[1][0] == '-') {
-    throw UsageError{"export takes a POPUP and a WORKBOOK"};
+int64_t CountItems(PopupItems& items) {
+  int64_t count = 0;
+  for (const auto& item : items) {
+    ++count;
+    if (item->HasChildren()) count += CountItems(*item->Children());
   }
-  PopupName name = PopupName::Parse(args[0]);
+  return count;
+}
+
+}  // namespace
+
+int Import(const Arguments& args) {
+  ParsedOptions options(args, {{"--levels", true}, {"--structure", true}, {"--strict", false}});
+  std::optional<int> levels;
+  if (auto value = options.Value("--levels")) {
+    double count = 0;
+    if (!ParseNumber(*value, &count) || count < 1 || count > 99 ||
+        count != static_cast<int>(count)) {
+      throw UsageError{"--levels takes a whole number from 1 to 99, not '" + *value + "'"};
+    }
+    levels = static_cast<int>(count);
+  }
+  std::optional<MessageAnswer> structure;
+  if (auto value = options.Value("--structure")) {
+    if (*value != "popup" && *value != "sheet") {
+      throw UsageError{"--structure takes popup or sheet, not '" + *value + "'"};
+    }
+    structure = *value == "popup" ? MessageAnswer::kYes : MessageAnswer::kNo;
+  }
+  if (options.Positional().size() != 2) throw UsageError{"import takes a WORKBOOK and a POPUP"};
+  const std::string& workbook_argument = options.Positional()[0];
+
+  PopupName name = ParsePopup(options.Positional()[1]);
+  RequireWritableFolder(name.folder);
+  std::optional<StdinWorkbook> from_stdin;
+  if (workbook_argument == "-") from_stdin.emplace();
+  const std::string& workbook = from_stdin ? from_stdin->Path() : workbook_argument;
+
+  PopupClass popup;
+  auto progress = std::make_shared<TerminalProgress>();
+  popup.SetProgress(progress);
+  name.Apply(popup);
+  int64_t replaced = 0;
+  if (name.Exists()) {
+    OpenPopupFiles(popup, name, *progress);
+    replaced = CountItems(*popup.PopupItems());
+  } else {
+    structure = MessageAnswer::kNo;  // a new popup takes the sheet's design
+  }
+  TerminalMessageBox messages(structure);
+  popup.SetMessageBox(std::shared_ptr<MessageBox>(&messages, [](MessageBox*) {}));
+  TerminalLevelPrompt level_prompt(levels);
+  excel::ImportUi ui{messages, *progress, level_prompt};
+  ui.unreadable = [&](const excel::WorkbookError& error) {
+    progress->Unload();
+    std::fprintf(stderr, "zpopup: %s: %s\n", workbook_argument.c_str(), error.reason().c_str());
+  };
+  progress->Show();
+  excel::ImportOutcome outcome = excel::RebuildFromWorkbook(popup, workbook, ui);
+  progress->Unload();
+  if (outcome != excel::ImportOutcome::kImported) return ExitCode(outcome);
+
+  CodePageReport unencodable;
+  unencodable.CheckPopup(popup);
+  if (unencodable.Count() > 0 && options.Has("--strict")) {
+    unencodable.Print("");
+    std::fputs("zpopup: nothing imported (--strict)\n", stderr);
+    return kProblemsFound;
+  }
+  unencodable.Print("warning: ");
+  ForFile(name.File(".ZPD"), [&] { SavePopupInTreeOrder(popup); });
+  std::fprintf(stderr,
+               "zpopup: imported %s into %s: %lld items, %d levels, %d fields; %lld items "
+               "replaced; %zu values converted to %s\n",
+               workbook_argument.c_str(), name.Display().c_str(),
+               static_cast<long long>(CountItems(*popup.PopupItems())), popup.Levels(),
+               popup.PopupFields()->Count(), static_cast<long long>(replaced), unencodable.Count(),
+               ActiveCodePage().Name().c_str());
+  return kSuccess;
+}
+
+int Export(const Arguments& args) {
+  ParsedOptions options(args, {{"--verbose", false}});
+  if (options.Positional().size() != 2) throw UsageError{"export takes a POPUP and a WORKBOOK"};
+  PopupName name = ParsePopup(options.Positional()[0]);
+  const std::string& target = options.Positional()[1];
   auto popup = OpenExisting(name);
   excel::ExportReport report;
-  ForFile(args[1], [&] { report = excel::ExportToWorkbook(*popup, args[1]); });
-  for (const std::string& line : report.cannot_round_trip) {
-    std::fprintf(stderr, "zpopup: cannot round-trip: %s\n", line.c_str());
+  if (target == "-") {
+    report = excel::ExportToCsv(*popup, std::cout, "-");
+  } else {
+    ForFile(target, [&] { report = excel::ExportToWorkbook(*popup, target); });
   }
-  std::fprintf(stderr, "zpopup: wrote %lld rows to %s\n",
-               static_cast<long long>(report.rows_written), args[1].c_str());
-  return report.cannot_round_trip.empty() ? kSuccess : kProblemsFound;
+  if (options.Has("--verbose")) {
+    for (const std::string& line : report.cannot_round_trip) {
+      std::fprintf(stderr, "zpopup: cannot round-trip: %s\n", line.c_str());
+    }
+  }
+  std::string written = target == "-" ? "standard output" : target;
+  if (report.cannot_round_trip.empty()) {
+    std::fprintf(stderr, "zpopup: wrote %lld rows to %s\n",
+                 static_cast<long long>(report.rows_written), written.c_str());
+    return kSuccess;
+  }
+  std::fprintf(stderr, "zpopup: wrote %lld rows to %s; %zu items cannot come back by import%s\n",
+               static_cast<long long>(report.rows_written), written.c_str(),
+               report.cannot_round_trip.size(),
+               options.Has("--verbose") ? "" : " (--verbose lists them)");
+  return kProblemsFound;
 }
 
 }  // namespace zephyr::cli

@@ -26,6 +26,11 @@ void ForFile(const std::string& file, Work&& work) {
   }
 }
 
+// Raises a FileError when a popup cannot be saved into the folder: "No such
+// folder" or "Permission denied" (the save writes work files beside the
+// popup and renames them over it).
+void RequireWritableFolder(const std::string& folder);
+
 }  // namespace zephyr::cli
 
 #endif  // ZEPHYR_APPS_ZPOPUP_FILE_ERROR_H_

@@ -17,7 +17,7 @@ void PrintUsage(FILE* out) {
       "\nPOPUP is a folder and base name (examples/Products); a path ending in .ZPT\n"
       "or .ZPD, in any letter case, names the same popup. Exit codes: 0 success,\n"
       "1 problems found, 2 usage errors or unreadable input.\n"
-      "Run 'zpopup COMMAND --help' for the details of one command.\n",
+      "Run 'zpopup help COMMAND' for the details of one command.\n",
       out);
 }
 
@@ -33,9 +33,24 @@ int main(int argc, char** argv) {
   }
   std::string name = args.front();
   args.erase(args.begin());
-  if (name == "--help" || name == "-h" || name == "help") {
+  if (name == "--version") {
+    std::printf("zpopup %s\n", ZEPHYR_VERSION);
+    return zephyr::cli::kSuccess;
+  }
+  if (name == "--help" || name == "-h" || (name == "help" && args.empty())) {
     PrintUsage(stdout);
     return zephyr::cli::kSuccess;
+  }
+  if (name == "help") {
+    for (const auto& command : zephyr::cli::Commands()) {
+      if (args.front() == command.name) {
+        std::fputs(command.usage, stdout);
+        return zephyr::cli::kSuccess;
+      }
+    }
+    std::fprintf(stderr, "zpopup: no command '%s'\n", args.front().c_str());
+    PrintUsage(stderr);
+    return kUsageError;
   }
   try {
     for (const auto& command : zephyr::cli::Commands()) {

@@ -1,7 +1,11 @@
-// A progress bar on standard error, drawn only when standard error is a
-// terminal, and redrawn only when its percentage changes.
+// A progress bar on standard error: drawn only when standard error is a
+// terminal and the work has lasted half a second, as one line that starts
+// with its label and fits the terminal's width, redrawn only when its
+// percentage changes.
 #ifndef ZEPHYR_APPS_ZPOPUP_TERMINAL_PROGRESS_H_
 #define ZEPHYR_APPS_ZPOPUP_TERMINAL_PROGRESS_H_
+
+#include <chrono>
 
 #include "zephyr/support/progress.h"
 
@@ -27,6 +31,7 @@ class TerminalProgress : public Progress {
 
   bool enabled_;
   bool started_ = false;
+  std::chrono::steady_clock::time_point shown_at_;
   bool shown_ = false;
   std::string message_;
   int32_t minimum_ = 0;

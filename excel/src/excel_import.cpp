@@ -228,6 +228,7 @@ bool ExcelImporter::ReadActiveSheet(Sheet* sheet) {
     *sheet = book->ReadSheet(book->ActiveSheet());
     return true;
   } catch (const WorkbookError& error) {
+    if (ui_.unreadable) ui_.unreadable(error);
     const char* text = error.kind() == WorkbookError::Kind::kUnsupportedFormat ? kNoExcel
                        : error.kind() == WorkbookError::Kind::kNotWorksheet    ? kNoWorksheet
                                                                                : kNoWorkbook;
@@ -677,6 +678,11 @@ ImportOutcome Guarded(ImportUi& ui, Step&& step) {
 
 }  // namespace
 
+ImportOutcome RebuildFromWorkbook(PopupClass& popup, const std::string& workbook_path,
+                                  ImportUi& ui) {
+  return Guarded(ui, [&] { return ExcelImporter(popup, workbook_path, ui).Run(); });
+}
+
 ImportOutcome ImportFromWorkbook(PopupClass& popup, const std::string& workbook_path,
                                  ImportUi& ui) {
   return Guarded(ui, [&] {
@@ -687,8 +693,7 @@ ImportOutcome ImportFromWorkbook(PopupClass& popup, const std::string& workbook_
 }
 
 bool ExcelImport(PopupClass& popup, const std::string& workbook_path, ImportUi& ui) {
-  return Guarded(ui, [&] { return ExcelImporter(popup, workbook_path, ui).Run(); }) ==
-         ImportOutcome::kImported;
+  return RebuildFromWorkbook(popup, workbook_path, ui) == ImportOutcome::kImported;
 }
 
 }  // namespace zephyr::excel

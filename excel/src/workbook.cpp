@@ -18,13 +18,15 @@ namespace {
 
 using Kind = WorkbookError::Kind;
 
+constexpr const char* kNoSuchFile = "no such file";
+
 // A workbook file larger than this cannot hold entries within the limits.
 constexpr uintmax_t kMaxFileBytes = 2 * WorkbookLimits::kMaxEntryBytes;
 
 std::string ReadFile(const std::string& path) {
   std::error_code error;
   if (!std::filesystem::exists(path, error)) {
-    throw WorkbookError(Kind::kCannotOpen, path, "no such file");
+    throw WorkbookError(Kind::kCannotOpen, path, kNoSuchFile);
   }
   if (!std::filesystem::is_regular_file(path, error)) {
     throw WorkbookError(Kind::kCannotOpen, path, "not a regular file");
@@ -33,7 +35,7 @@ std::string ReadFile(const std::string& path) {
   if (error) throw WorkbookError(Kind::kCannotOpen, path, error.message());
   if (size > kMaxFileBytes) throw WorkbookError(Kind::kTooLarge, path, "the file is too large");
   std::ifstream in(path, std::ios::binary);
-  if (!in) throw WorkbookError(Kind::kCannotOpen, path, std::strerror(errno));
+  if (!in) throw WorkbookError(Kind::kCannotOpen, path, std::strerror(errno));  // "Permission denied"
   std::string bytes(size, '\0');
   in.read(bytes.data(), static_cast<std::streamsize>(size));
   if (static_cast<uintmax_t>(in.gcount()) != size) {
@@ -77,8 +79,21 @@ WorkbookFormat ArchiveFormat(const std::string& bytes, const std::string& path) 
 
 }  // namespace
 
+namespace {
+
+int32_t ErrorNumber(WorkbookError::Kind kind, const std::string& reason) {
+  RuntimeErrorCode code = RuntimeErrorCode::kInvalidFileFormat;
+  if (kind == Kind::kCannotOpen) {
+    code = reason == kNoSuchFile ? RuntimeErrorCode::kFileNotFound
+                                 : RuntimeErrorCode::kPathFileAccessError;
+  }
+  return static_cast<int32_t>(code);
+}
+
+}  // namespace
+
 WorkbookError::WorkbookError(Kind kind, std::string path, std::string reason)
-    : std::runtime_error("'" + path + "': " + reason),
+    : Error(ErrorNumber(kind, reason), kRuntimeErrorSource, "'" + path + "': " + reason),
       kind_(kind),
       path_(std::move(path)),
       reason_(std::move(reason)) {}

@@ -45,6 +45,8 @@ const char* StandardErrorText(RuntimeErrorCode code) {
       return "Path not found";
     case RuntimeErrorCode::kObjectRequired:
       return "Object required";
+    case RuntimeErrorCode::kInvalidFileFormat:
+      return "Invalid file format";
     case RuntimeErrorCode::kDuplicateKey:
       return "This key is already associated with an element of this collection";
   }

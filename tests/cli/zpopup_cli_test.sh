@@ -64,7 +64,7 @@ print(count(json.load(sys.stdin)["items"]))')"
 fi
 "$zpopup" check "$examples/Products" > "$work/out"
 check "check of a sound popup exits 0" 0 $?
-check "check of a sound popup prints nothing" "" "$(cat "$work/out")"
+check "check of a sound popup says so" "no problems found" "$(cat "$work/out")"
 
 # check reports problems and exits 1.
 cp "$examples/Products.ZPT" "$work/Bad.ZPT"
@@ -75,6 +75,8 @@ printf '77  01' | dd of="$work/Bad.ZPD" bs=1 seek=$((32 * 3 + 33 + 1)) conv=notr
 check "check with problems exits 1" 1 $?
 check "check names the row and the problem" 1 \
   "$(grep -c "Bad.ZPD: row 1: key '77  01' has no parent (no item '77')" "$work/out")"
+"$zpopup" info "$work/Bad" 2> "$work/err" > /dev/null
+check "info tells how many rows were left out" 1 "$(grep -c "Bad.ZPD: 10 rows were left out" "$work/err")"
 
 # Bad input: one clear line on stderr, exit 2.
 "$zpopup" show "$work/Absent" 2> "$work/err"
@@ -114,15 +116,53 @@ check "a sheet without keys and no --levels exits 1" 1 $?
 check "it says what it needs" 1 "$(grep -c 'Input Level Count' "$work/err")"
 "$zpopup" import "$work/nokeys.csv" "$work/Fresh" --levels 2 < /dev/null
 check "with --levels it imports" "Items: 3" "$("$zpopup" info "$work/Fresh" | grep Items)"
-"$zpopup" import "$work/missing.xlsx" "$work/Fresh" 2> /dev/null
+"$zpopup" import "$work/missing.xlsx" "$work/Fresh" 2> "$work/err"
 check "an unreadable workbook exits 2" 2 $?
+check "its first line names it and the reason" "zpopup: $work/missing.xlsx: no such file" \
+  "$(head -n 1 "$work/err")"
+"$zpopup" import "$work/nokeys.csv" "$work/none/Fresh" --levels=2 2> "$work/err"
+check "importing into a missing folder says so" "zpopup: $work/none: No such folder" "$(cat "$work/err")"
+"$zpopup" import - "$work/Piped" --levels=2 < "$work/nokeys.csv" 2> "$work/err"
+check "- reads the workbook from standard input" "Items: 3" "$("$zpopup" info "$work/Piped" | grep Items)"
+check "import ends with one summary line" \
+  "zpopup: imported - into $work/Piped: 3 items, 2 levels, 3 fields; 0 items replaced; 0 values converted to WINDOWS-1252" \
+  "$(cat "$work/err")"
+check "export - writes CSV to standard output" "Popup Code,Group,Item,Note|1010,A,one,x" \
+  "$("$zpopup" export "$work/Piped" - 2> /dev/null | head -n 2 | tr -d '\r' | paste -sd '|')"
+"$zpopup" export "$work/Piped" "$work/piped.ods" 2> "$work/err"
+check "export refuses other formats" "2 0" "$? $(ls "$work" | grep -c piped.ods)"
+cp "$work/nokeys.csv" "$work/'Tis the season.csv"  # an import names a new popup after its file
+"$zpopup" import "$work/'Tis the season.csv" "$work/Season" --levels 2 2> /dev/null
+"$zpopup" export "$work/Season" "$work/season.xlsx" 2> /dev/null
+check "a title that is no sheet name still exports" 0 $?
+
+# Text the code page cannot hold is named; --strict refuses it.
+"$zpopup" new "$work/Town" --title "Łódź" --level Q --field N:5 2> "$work/err"
+check "unencodable text is named" \
+  "zpopup: warning: the title: 'Łódź' cannot be written in WINDOWS-1252; it would be saved as '?ód?'" \
+  "$(cat "$work/err")"
+"$zpopup" new "$work/Town2" --strict --title "Łódź" --level Q --field N:5 2> /dev/null
+check "--strict refuses it and writes nothing" "1 0" "$? $(ls "$work" | grep -c Town2)"
 
 "$zpopup" frobnicate > /dev/null 2>&1
 check "unknown command exits 2" 2 $?
 "$zpopup" new "$work/X" --level Q > /dev/null 2>&1
 check "new without --title exits 2" 2 $?
-"$zpopup" new "$work/X" --title T --level Q --field Name:0 > /dev/null 2>&1
-check "zero-width field exits 2" 2 $?
+for field in Name:0 Name:255 Name:x; do
+  "$zpopup" new "$work/X" --title T --level Q --field $field > /dev/null 2>&1
+  check "new refuses the field $field" 2 $?
+done
+"$zpopup" new "$work/X" --title T --level Q --field Name:5 --field name:4 2> "$work/err"
+check "new refuses two fields of one name" 2 $?
+"$zpopup" new "$work/X" --title T --level 1Q --field Name:5 2> "$work/err"
+check "new applies the design rules" 1 \
+  "$(grep -c 'The First Character of the level name is numeric' "$work/err")"
+"$zpopup" show "$work/Shop" --bogus 2> "$work/err"
+check "an unknown option is named" "2 zpopup: unknown option --bogus" "$? $(head -n 1 "$work/err")"
+"$zpopup" info "$work" 2> "$work/err"
+check "a folder is no popup" "2 1" "$? $(grep -c 'is a folder' "$work/err")"
+check "help COMMAND" "usage: zpopup import" "$("$zpopup" help import | head -n 1 | cut -c 1-20)"
+check "--version" 1 "$("$zpopup" --version | grep -c '^zpopup [0-9]')"
 "$zpopup" dump "$work/Shop" --format xml > /dev/null 2>&1
 check "unknown dump format exits 2" 2 $?
 for command in show dump info check new import export; do

@@ -11,7 +11,10 @@
 #ifndef ZEPHYR_EXCEL_EXCEL_IMPORT_H_
 #define ZEPHYR_EXCEL_EXCEL_IMPORT_H_
 
+#include <functional>
 #include <string>
+
+#include "zephyr/excel/workbook.h"
 
 #include "zephyr/runtime/popup_class.h"
 #include "zephyr/support/message_box.h"
@@ -37,6 +40,9 @@ struct ImportUi {
   MessageBox& messages;
   Progress& progress;
   LevelPrompt& levels;
+  // Told first when the workbook cannot be read at all (missing, unreadable,
+  // no workbook, damaged), before the import's own messages.
+  std::function<void(const WorkbookError&)> unreadable = nullptr;
 };
 
 enum class ImportOutcome {
@@ -48,8 +54,12 @@ enum class ImportOutcome {
 };
 
 // Rebuilds the popup's design and items from the active sheet of the
-// workbook, leaving the saving to the caller (the editor marks itself
-// changed). True when the popup was rebuilt; on false nothing changed.
+// workbook, leaving the saving to the caller; on any outcome but kImported
+// nothing changed.
+ImportOutcome RebuildFromWorkbook(PopupClass& popup, const std::string& workbook_path,
+                                  ImportUi& ui);
+
+// RebuildFromWorkbook as the editor calls it: true when the popup was rebuilt.
 bool ExcelImport(PopupClass& popup, const std::string& workbook_path, ImportUi& ui);
 
 // ExcelImport followed by a normal save of the rebuilt popup, whose folder

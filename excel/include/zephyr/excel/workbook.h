@@ -15,6 +15,8 @@
 #include <string_view>
 #include <vector>
 
+#include "zephyr/support/errors.h"
+
 namespace zephyr::excel {
 
 enum class CellKind { kEmpty, kText, kNumber, kBoolean, kError };
@@ -58,7 +60,10 @@ class Workbook {
   virtual Sheet ReadSheet(size_t index) = 0;
 };
 
-class WorkbookError : public std::runtime_error {
+// One of the component's run-time errors: file not found (53) for a missing
+// file, path/file access error (75) for another that cannot be opened, and
+// invalid file format (321) for the rest.
+class WorkbookError : public Error {
  public:
   enum class Kind {
     kUnsupportedFormat,  // not a workbook this library reads
@@ -68,7 +73,7 @@ class WorkbookError : public std::runtime_error {
     kNotWorksheet,       // the sheet holds no cells (a chart sheet)
   };
 
-  // what() is "'<path>': <reason>".
+  // Description() and what() are "'<path>': <reason>".
   WorkbookError(Kind kind, std::string path, std::string reason);
 
   Kind kind() const { return kind_; }

@@ -53,6 +53,7 @@ enum class RuntimeErrorCode : int32_t {
   kPermissionDenied = 70,
   kPathFileAccessError = 75,
   kPathNotFound = 76,
+  kInvalidFileFormat = 321,
   kObjectRequired = 424,
   kDuplicateKey = 457,
 };
