@@ -12,4 +12,4 @@ zpopup=build/apps/zpopup/zpopup
 "$zpopup" show examples/Products
 echo
 "$zpopup" info examples/Products
-"$zpopup" check examples/Products && echo "check: no problems found"
+"$zpopup" check examples/Products
