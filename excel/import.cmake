@@ -5,7 +5,11 @@ add_library(zephyr_excel
   ${CMAKE_CURRENT_SOURCE_DIR}/src/excel_array.cpp
   ${CMAKE_CURRENT_SOURCE_DIR}/src/excel_export.cpp
   ${CMAKE_CURRENT_SOURCE_DIR}/src/excel_import.cpp
+  ${CMAKE_CURRENT_SOURCE_DIR}/src/import_builders.cpp
+  ${CMAKE_CURRENT_SOURCE_DIR}/src/import_sheet.cpp
   ${CMAKE_CURRENT_SOURCE_DIR}/src/import_tree.cpp
+  ${CMAKE_CURRENT_SOURCE_DIR}/src/popup_redesign.cpp
+  ${CMAKE_CURRENT_SOURCE_DIR}/src/sheet_rules.cpp
   ${CMAKE_CURRENT_SOURCE_DIR}/src/sheet_scans.cpp
 )
 target_include_directories(zephyr_excel PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include)
