@@ -36,8 +36,13 @@ void CodePageReport::CheckPopup(PopupClass& popup) {
   walk(*popup.PopupItems());
 }
 
-void CodePageReport::Print(const char* prefix) const {
-  for (const std::string& line : lines_) std::fprintf(stderr, "zpopup: %s%s\n", prefix, line.c_str());
+bool CodePageReport::TellAndAllowSave(bool strict) const {
+  const char* prefix = strict ? "" : "warning: ";
+  for (const std::string& line : lines_)
+    std::fprintf(stderr, "zpopup: %s%s\n", prefix, line.c_str());
+  if (!strict || lines_.empty()) return true;
+  std::fputs("zpopup: nothing saved (--strict)\n", stderr);
+  return false;
 }
 
 }  // namespace zephyr::cli

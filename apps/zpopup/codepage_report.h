@@ -20,8 +20,10 @@ class CodePageReport {
   void CheckPopup(PopupClass& popup);
 
   size_t Count() const { return lines_.size(); }
-  // One line per text on standard error, "zpopup: PREFIX..." each.
-  void Print(const char* prefix) const;
+  // Tells every noted text on standard error: as warnings, answering true, or
+  // with `strict` as errors followed by "nothing saved (--strict)", answering
+  // false when there were any.
+  bool TellAndAllowSave(bool strict) const;
 
  private:
   std::vector<std::string> lines_;

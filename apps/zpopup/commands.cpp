@@ -8,8 +8,8 @@
 #include "codepage_report.h"
 #include "exchange_commands.h"
 #include "file_error.h"
-#include "options.h"
 #include "json.h"
+#include "options.h"
 #include "popup_name.h"
 #include "terminal_progress.h"
 #include "usage_error.h"
@@ -41,12 +41,22 @@ void RequireExisting(const PopupName& name) {
 
 }  // namespace
 
+int64_t CountItems(PopupItems& items) {
+  int64_t count = 0;
+  for (const auto& item : items) {
+    ++count;
+    if (item->HasChildren()) count += CountItems(*item->Children());
+  }
+  return count;
+}
+
 PopupName ParsePopup(const std::string& argument) {
   PopupName name = PopupName::Parse(argument);
   std::error_code error;
   if (std::filesystem::is_directory(argument, error) && !name.Exists()) {
-    throw FileError{argument, "is a folder; name a popup by its folder and base name "
-                              "(examples/Products)"};
+    throw FileError{argument,
+                    "is a folder; name a popup by its folder and base name "
+                    "(examples/Products)"};
   }
   return name;
 }
@@ -86,12 +96,6 @@ std::string JoinedValues(PopupItem& item) {
     joined += value->Value();
   }
   return joined;
-}
-
-int64_t CountItems(PopupItems& items) {
-  int64_t count = 0;
-  Walk(items, [&](PopupItem&) { ++count; });
-  return count;
 }
 
 // Rows of the table that hold no item: their parent is missing.
@@ -289,12 +293,7 @@ int New(const Arguments& args) {
   popup.ReplaceFields(field_specs);
   CodePageReport unencodable;
   unencodable.CheckPopup(popup);
-  if (unencodable.Count() > 0 && options.Has("--strict")) {
-    unencodable.Print("");
-    std::fputs("zpopup: nothing written (--strict)\n", stderr);
-    return kProblemsFound;
-  }
-  unencodable.Print("warning: ");
+  if (!unencodable.TellAndAllowSave(options.Has("--strict"))) return kProblemsFound;
   ForFile(name.File(".ZPD"), [&] {
     popup.WriteTemplate();
     popup.SavePopup();

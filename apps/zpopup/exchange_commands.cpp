@@ -84,15 +84,6 @@ int ExitCode(excel::ImportOutcome outcome) {
   }
 }
 
-int64_t CountItems(PopupItems& items) {
-  int64_t count = 0;
-  for (const auto& item : items) {
-    ++count;
-    if (item->HasChildren()) count += CountItems(*item->Children());
-  }
-  return count;
-}
-
 }  // namespace
 
 int Import(const Arguments& args) {
@@ -148,12 +139,7 @@ int Import(const Arguments& args) {
 
   CodePageReport unencodable;
   unencodable.CheckPopup(popup);
-  if (unencodable.Count() > 0 && options.Has("--strict")) {
-    unencodable.Print("");
-    std::fputs("zpopup: nothing imported (--strict)\n", stderr);
-    return kProblemsFound;
-  }
-  unencodable.Print("warning: ");
+  if (!unencodable.TellAndAllowSave(options.Has("--strict"))) return kProblemsFound;
   ForFile(name.File(".ZPD"), [&] { SavePopupInTreeOrder(popup); });
   std::fprintf(stderr,
                "zpopup: imported %s into %s: %lld items, %d levels, %d fields; %lld items "

@@ -1,13 +1,12 @@
 #include "levels_dialog.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QVBoxLayout>
 #include <climits>
 #include <cmath>
 
+#include "prompt_dialog.h"
 #include "zephyr/editor/design_list_models.h"
 #include "zephyr/support/debug_log.h"
 #include "zephyr/support/variant.h"
@@ -33,29 +32,15 @@ int ToLevelCount(double number) {
 LevelsDialog::LevelsDialog(std::shared_ptr<MessageBox> messages, QWidget* parent)
     : QDialog(parent), messages_(std::move(messages)) {
   DebugLog(kDialogModule, "Form_Load", "");
-  setObjectName(QStringLiteral("frmLevels"));
-  setWindowTitle(QString::fromLatin1(excel::kLevelPromptCaption));
-  setModal(true);
-  lblInvalidKey = new QLabel(
-      QStringLiteral("No keys were found in the first column of the sheet.\n"
-                     "How many of its columns are question levels?"),
-      this);
-  lblInvalidKey->setObjectName(QStringLiteral("lblInvalidKey"));
-  txtLevel = new QLineEdit(this);
-  txtLevel->setObjectName(QStringLiteral("txtLevel"));
-  OKButton = new QPushButton(QStringLiteral("OK"), this);
-  OKButton->setObjectName(QStringLiteral("OKButton"));
-  OKButton->setDefault(true);
-  CancelButton = new QPushButton(QStringLiteral("Cancel"), this);
-  CancelButton->setObjectName(QStringLiteral("CancelButton"));
-  auto* layout = new QVBoxLayout(this);
-  layout->addWidget(lblInvalidKey);
-  layout->addWidget(txtLevel);
-  auto* buttons = new QHBoxLayout();
-  buttons->addStretch();
-  buttons->addWidget(OKButton);
-  buttons->addWidget(CancelButton);
-  layout->addLayout(buttons);
+  PromptControls controls =
+      BuildPromptDialog(this, "frmLevels", QString::fromLatin1(excel::kLevelPromptCaption),
+                        QStringLiteral("No keys were found in the first column of the sheet.\n"
+                                       "How many of its columns are question levels?"),
+                        "txtLevel");
+  lblInvalidKey = controls.label;
+  txtLevel = controls.entry;
+  OKButton = controls.ok;
+  CancelButton = controls.cancel;
   connect(OKButton, &QPushButton::clicked, this, [this]() { OkClicked(); });
   connect(CancelButton, &QPushButton::clicked, this, [this]() { CancelClicked(); });
 }

@@ -1,11 +1,10 @@
 #include "zephyr/editor/new_key_dialog.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QVBoxLayout>
 
+#include "prompt_dialog.h"
 #include "zephyr/editor/design_list_models.h"
 #include "zephyr/support/debug_log.h"
 #include "zephyr/support/text.h"
@@ -22,26 +21,13 @@ constexpr const char* kDialogModule = "frmNewKeyDialog";
 NewKeyDialog::NewKeyDialog(std::shared_ptr<MessageBox> messages, QWidget* parent)
     : QDialog(parent), messages_(std::move(messages)), new_key_(kCancelledNewKey) {
   DebugLog(kDialogModule, "Form_Load", "");
-  setObjectName(QStringLiteral("frmNewKeyDialog"));
-  setWindowTitle(QStringLiteral("Invalid Key Step"));
-  setModal(true);
-  lblInvalidKey = new QLabel(QStringLiteral("Please enter key position for New Data Field:"), this);
-  lblInvalidKey->setObjectName(QStringLiteral("lblInvalidKey"));
-  txtNewKey = new QLineEdit(this);
-  txtNewKey->setObjectName(QStringLiteral("txtNewKey"));
-  OKButton = new QPushButton(QStringLiteral("OK"), this);
-  OKButton->setObjectName(QStringLiteral("OKButton"));
-  OKButton->setDefault(true);
-  CancelButton = new QPushButton(QStringLiteral("Cancel"), this);
-  CancelButton->setObjectName(QStringLiteral("CancelButton"));
-  auto* layout = new QVBoxLayout(this);
-  layout->addWidget(lblInvalidKey);
-  layout->addWidget(txtNewKey);
-  auto* buttons = new QHBoxLayout();
-  buttons->addStretch();
-  buttons->addWidget(OKButton);
-  buttons->addWidget(CancelButton);
-  layout->addLayout(buttons);
+  PromptControls controls = BuildPromptDialog(
+      this, "frmNewKeyDialog", QStringLiteral("Invalid Key Step"),
+      QStringLiteral("Please enter key position for New Data Field:"), "txtNewKey");
+  lblInvalidKey = controls.label;
+  txtNewKey = controls.entry;
+  OKButton = controls.ok;
+  CancelButton = controls.cancel;
   connect(OKButton, &QPushButton::clicked, this, [this]() { OkClicked(); });
   connect(CancelButton, &QPushButton::clicked, this, &QDialog::reject);
 }

@@ -142,7 +142,7 @@ check "unencodable text is named" \
   "zpopup: warning: the title: 'Łódź' cannot be written in WINDOWS-1252; it would be saved as '?ód?'" \
   "$(cat "$work/err")"
 "$zpopup" new "$work/Town2" --strict --title "Łódź" --level Q --field N:5 2> /dev/null
-check "--strict refuses it and writes nothing" "1 0" "$? $(ls "$work" | grep -c Town2)"
+check "--strict refuses it and saves nothing" "1 0" "$? $(ls "$work" | grep -c Town2)"
 
 "$zpopup" frobnicate > /dev/null 2>&1
 check "unknown command exits 2" 2 $?
