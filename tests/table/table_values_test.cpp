@@ -214,19 +214,24 @@ TEST(CollationTest, ClassesAndCase) {
   EXPECT_LT(compare("9", "а"), 0);
 }
 
+// Which keys tie: none (the fast path alone), one pair at either end of the
+// order or in between, or many.
+enum class Ties { kNone, kOnePair, kMany };
+
 // Keys of digits and blanks are sorted by their bytes, any others by their
 // weights.
-class ShellOrderTest : public ::testing::TestWithParam<std::tuple<bool, bool, bool>> {};
+class ShellOrderTest : public ::testing::TestWithParam<std::tuple<bool, Ties, bool>> {};
 
 // Sorted table arrays and sorted records must leave every row exactly where
 // the literal Shell sort does, whether or not keys tie (the fast path only
 // runs without ties).
 TEST_P(ShellOrderTest, MatchesTheLiteralAlgorithm) {
-  auto [digits, with_ties, descending] = GetParam();
-  std::mt19937 random(digits * 4 + with_ties * 2 + descending + 11);
-  const std::string alphabet = digits      ? (with_ties ? " 01" : " 0123456789")
-                               : with_ties ? "aAb 1"
-                                           : "aAbBcC 0123-éÉ";
+  auto [digits, ties, descending] = GetParam();
+  const bool many = ties == Ties::kMany;
+  std::mt19937 random(digits * 6 + static_cast<int>(ties) * 2 + descending + 11);
+  const std::string alphabet = digits ? (many ? " 01" : " 0123456789")
+                               : many ? "aAb 1"
+                                      : "aAbBcC 0123-éÉ";
   TempDir dir;
   dBase table;
   for (int round = 0; round < 60; ++round) {
@@ -235,9 +240,9 @@ TEST_P(ShellOrderTest, MatchesTheLiteralAlgorithm) {
     Rows data;
     while (static_cast<int>(data.size()) < rows) {
       std::string key;
-      size_t length = with_ties ? 1 + random() % 3 : 1 + random() % 8;
+      size_t length = many ? 1 + random() % 3 : 1 + random() % 8;
       while (key.size() < length) key += alphabet[random() % alphabet.size()];
-      if (!with_ties) {
+      if (!many) {
         std::string folded = ToCodePage(key);
         folded = CodePageCollation::Active().UpperCase(folded);
         if (!seen.insert(folded).second) continue;  // distinct in the collation
@@ -246,6 +251,16 @@ TEST_P(ShellOrderTest, MatchesTheLiteralAlgorithm) {
     }
     Variant expected = MakeArray(data);
     ReferenceShellSort(expected.AsArray(), 1, descending);
+    if (ties == Ties::kOnePair && rows > 1) {
+      // A copy of the first, the last or a middle key in sorted order.
+      int32_t source = round % 3 == 0 ? 1 : round % 3 == 1 ? rows : 1 + random() % rows;
+      std::string key = expected.AsArray()->At(1, source).ToText();
+      size_t target = random() % data.size();
+      while (data[target][0] == key) target = (target + 1) % data.size();
+      data[target][0] = key;
+      expected = MakeArray(data);
+      ReferenceShellSort(expected.AsArray(), 1, descending);
+    }
     Variant values = MakeArray(data);
     table.SortTableValues(values, 1, descending);
     ASSERT_EQ(testing::ArrayRows(values), testing::ArrayRows(expected)) << "round " << round;
@@ -264,9 +279,19 @@ TEST_P(ShellOrderTest, MatchesTheLiteralAlgorithm) {
   }
 }
 
+std::string CaseName(const ::testing::TestParamInfo<ShellOrderTest::ParamType>& info) {
+  const char* tied[] = {"NoTies", "OnePairTied", "ManyTied"};
+  return std::string(std::get<0>(info.param) ? "Digits" : "Letters") +
+         tied[static_cast<int>(std::get<1>(info.param))] +
+         (std::get<2>(info.param) ? "Down" : "Up");
+}
+
 INSTANTIATE_TEST_SUITE_P(AllCases, ShellOrderTest,
-                         ::testing::Combine(::testing::Bool(), ::testing::Bool(),
-                                            ::testing::Bool()));
+                         ::testing::Combine(::testing::Bool(),
+                                            ::testing::Values(Ties::kNone, Ties::kOnePair,
+                                                              Ties::kMany),
+                                            ::testing::Bool()),
+                         CaseName);
 
 TEST(PutTableValuesTest, ArraysOfTheWrongShapeAreRefused) {
   TempDir dir;
