@@ -147,5 +147,23 @@ TEST(PopupItemTest, IdentitiesFindLiveItemsOnlyInAnyOrderOfFreeing) {
   for (int32_t identity : identities) EXPECT_NE(newcomer->Identity(), identity);
 }
 
+// Neighbouring ids share a registry page. Freeing one item must leave its
+// neighbours findable, also when they are all that is left on the page.
+TEST(PopupItemTest, FreeingAnItemKeepsItsNeighboursFindable) {
+  // Ids burnt one at a time, so that no older live item shares a page with
+  // the three below.
+  for (int i = 0; i < 10000; ++i) PopupItem::Create();
+  std::shared_ptr<PopupItem> items[] = {PopupItem::Create(), PopupItem::Create(),
+                                        PopupItem::Create()};
+  const int32_t ids[] = {items[0]->Identity(), items[1]->Identity(), items[2]->Identity()};
+  for (int gone : {1, 0, 2}) {
+    items[gone].reset();
+    for (int i = 0; i < 3; ++i) ASSERT_EQ(FindItemByIdentity(ids[i]), items[i]) << gone << i;
+  }
+  auto newcomer = PopupItem::Create();  // on a page made again: the old ids stay unknown
+  for (int32_t id : ids) EXPECT_EQ(FindItemByIdentity(id), nullptr);
+  EXPECT_EQ(FindItemByIdentity(newcomer->Identity()), newcomer);
+}
+
 }  // namespace
 }  // namespace zephyr
