@@ -44,6 +44,17 @@ TEST(VariantTest, TextFormsFollowThePlatform) {
   EXPECT_EQ(ErrorNumberOf([] { Variant(std::make_shared<Object>()).ToText(); }), 13);
 }
 
+// True is -1 as a number (every bit set), so that hosts can combine flags
+// with And, Or and Not.
+TEST(VariantTest, BooleansAreMinusOneAndZeroAsNumbers) {
+  EXPECT_EQ(Variant(true).ToDouble(), -1.0);
+  EXPECT_EQ(Variant(true).ToInt16(), -1);
+  EXPECT_EQ(Variant(true).ToInt32(), -1);
+  EXPECT_EQ(Variant(false).ToInt32(), 0);
+  EXPECT_TRUE(Variant(false).IsNumeric());
+  EXPECT_EQ(Variant(false).ToText(), "False");
+}
+
 TEST(VariantTest, IntegerConversionsRoundHalfToEvenAndCheckRange) {
   EXPECT_EQ(Variant("2.5").ToInt16(), 2);
   EXPECT_EQ(Variant("3.5").ToInt16(), 4);
