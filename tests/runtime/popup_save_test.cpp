@@ -48,25 +48,6 @@ class PopupSaveTest : public ::testing::Test {
   TempDir dir_;
 };
 
-TEST_F(PopupSaveTest, ASavedPopupOpensAsTheSameTree) {
-  WritePopupFiles(dir_.Path(), "Shop", kShop,
-                  {{"  01", "Drinks"}, {"0101", "Tea"}, {"0102", "Coffee"}, {"  02", "Snacks"}});
-  auto popup = OpenShop(dir_.Path());
-  auto snacks = popup->PopupItems()->Item(2);
-  auto crisps = snacks->Children()->Add("0201");
-  crisps->Parent(snacks);
-  crisps->PopupValues()->Add("Crisps, salted and long");
-  SavePopupInTreeOrder(*popup);
-  EXPECT_EQ(ItemAccess::LoadedKey(*crisps), "0201");
-  EXPECT_EQ(FolderListing(dir_.Path()), (std::vector<std::string>{"Shop.ZPD", "Shop.ZPT"}));
-
-  auto again = OpenShop(dir_.Path());
-  EXPECT_EQ(again->RowCount(), 5);
-  auto reread = again->PopupItems()->Item(2)->Children()->Item(1);
-  ASSERT_NE(reread, nullptr);
-  EXPECT_EQ(reread->PopupValues()->Item(1)->Value(), "Crisps, salt");  // cut to the column
-}
-
 // Values never read are saved as loaded, others as they now are; a changed
 // key counts as loaded once it is saved.
 TEST_F(PopupSaveTest, ValuesAreSavedAsLoadedOrAsChanged) {
