@@ -146,19 +146,7 @@ for name, options in (("shared.xlsx", {}), ("inline.xlsx", {"constant_memory": T
 TEST(LibreOfficeXlsxTest, ReadsTheCommittedFixture) {
   auto workbook = OpenWorkbook(ZEPHYR_EXCEL_FIXTURES "/libreoffice.xlsx");
   ASSERT_EQ(workbook->Sheets().size(), 3u);
-  Sheet sheet = workbook->ReadSheet(1);
-  EXPECT_EQ(sheet.name, "Items");
-  ASSERT_EQ(sheet.rows.size(), 9u);
-  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"Key", "Name", "Price"}));
-  EXPECT_EQ(RowTexts(sheet, 1), (Texts{"0101", "Apple", "1.5", "2.25"}));
-  EXPECT_EQ(RowTexts(sheet, 2), (Texts{"0102", "Pear  two", "3"}));
-  EXPECT_EQ(RowTexts(sheet, 4), (Texts{"0104", "#N/A", "#DIV/0!"}));
-  EXPECT_EQ(KindAt(sheet, 4, 2), CellKind::kError);
-  EXPECT_EQ(RowTexts(sheet, 5), (Texts{"TRUE", "line1\nline2", "25%"}));
-  EXPECT_EQ(RowTexts(sheet, 6), (Texts{"x", "x", "x"}));
-  for (size_t row = 0; row < sheet.rows.size(); ++row) {
-    EXPECT_EQ(sheet.rows[row].hidden, row == 3) << "row " << row + 1;
-  }
+  testing::ExpectFixtureItems(workbook->ReadSheet(1));
 }
 
 TEST(XlsxPartsTest, SharedStringsJoinRunsAndSkipPhoneticReadings) {
