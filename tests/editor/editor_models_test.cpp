@@ -3,7 +3,6 @@
 
 #include "zephyr/editor/data_grid_model.h"
 #include "zephyr/editor/design_list_models.h"
-#include "zephyr/editor/property_bag.h"
 
 namespace zephyr::editor {
 
@@ -110,16 +109,6 @@ class EditorModelsTest : public QObject {
     model.Reset(levels);
     QVERIFY(model.setData(model.index(1, 0), "Bay", Qt::EditRole));
     QCOMPARE(popup_->PopupLevels()->Item(2)->Question().ToText(), std::string("Bay"));
-  }
-
-  void propertyBagStoresOnlyOtherThanDefault() {
-    PropertyBag bag;
-    const Variant white(int32_t{0xFFFFFF});
-    bag.WriteProperty("BackColor", Variant(int32_t{0xFF}), white);
-    QCOMPARE(bag.ReadProperty("BackColor", white).ToInt32(), 0xFF);
-    bag.WriteProperty("BackColor", white, white);
-    QVERIFY(!bag.Contains("BackColor"));
-    QCOMPARE(bag.ReadProperty("BackColor", white).ToInt32(), 0xFFFFFF);
   }
 };
 

@@ -102,4 +102,26 @@ excel::CellKind KindAt(const excel::Sheet& sheet, size_t row, size_t column) {
   return sheet.rows[row].cells[column].kind;
 }
 
+void ExpectFixtureItems(const excel::Sheet& sheet) {
+  using Texts = std::vector<std::string>;
+  using enum excel::CellKind;
+  EXPECT_EQ(sheet.name, "Items");
+  ASSERT_EQ(sheet.rows.size(), 9u);
+  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"Key", "Name", "Price"}));
+  EXPECT_EQ(RowTexts(sheet, 1), (Texts{"0101", "Apple", "1.5", "2.25"}));
+  EXPECT_EQ(RowTexts(sheet, 2), (Texts{"0102", "Pear  two", "3"}));
+  EXPECT_EQ(RowTexts(sheet, 4), (Texts{"0104", "#N/A", "#DIV/0!"}));
+  EXPECT_EQ(RowTexts(sheet, 5), (Texts{"TRUE", "line1\nline2", "25%"}));
+  EXPECT_EQ(RowTexts(sheet, 6), (Texts{"x", "x", "x"}));
+  EXPECT_EQ(RowTexts(sheet, 8), (Texts{"same", "row"}));
+  const std::pair<size_t, size_t> at[] = {{1, 0}, {4, 1}, {4, 2}, {5, 0}, {5, 2}};
+  const excel::CellKind kinds[] = {kNumber, kError, kError, kBoolean, kNumber};
+  for (size_t i = 0; i < std::size(at); ++i) {
+    EXPECT_EQ(KindAt(sheet, at[i].first, at[i].second), kinds[i]) << at[i].first << at[i].second;
+  }
+  for (size_t row = 0; row < sheet.rows.size(); ++row) {
+    EXPECT_EQ(sheet.rows[row].hidden, row == 3) << "row " << row + 1;
+  }
+}
+
 }  // namespace zephyr::testing

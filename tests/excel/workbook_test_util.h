@@ -41,6 +41,10 @@ std::vector<std::string> RowTexts(const excel::Sheet& sheet, size_t index);
 // The kind of the cell, kEmpty when it is not stored.
 excel::CellKind KindAt(const excel::Sheet& sheet, size_t row, size_t column);
 
+// Checks the sheet "Items" of the committed LibreOffice fixtures, which is
+// the same in both formats.
+void ExpectFixtureItems(const excel::Sheet& sheet);
+
 }  // namespace zephyr::testing
 
 #endif  // ZEPHYR_TESTS_EXCEL_WORKBOOK_TEST_UTIL_H_

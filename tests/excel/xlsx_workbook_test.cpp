@@ -146,19 +146,7 @@ for name, options in (("shared.xlsx", {}), ("inline.xlsx", {"constant_memory": T
 TEST(LibreOfficeXlsxTest, ReadsTheCommittedFixture) {
   auto workbook = OpenWorkbook(ZEPHYR_EXCEL_FIXTURES "/libreoffice.xlsx");
   ASSERT_EQ(workbook->Sheets().size(), 3u);
-  Sheet sheet = workbook->ReadSheet(1);
-  EXPECT_EQ(sheet.name, "Items");
-  ASSERT_EQ(sheet.rows.size(), 9u);
-  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"Key", "Name", "Price"}));
-  EXPECT_EQ(RowTexts(sheet, 1), (Texts{"0101", "Apple", "1.5", "2.25"}));
-  EXPECT_EQ(RowTexts(sheet, 2), (Texts{"0102", "Pear  two", "3"}));
-  EXPECT_EQ(RowTexts(sheet, 4), (Texts{"0104", "#N/A", "#DIV/0!"}));
-  EXPECT_EQ(KindAt(sheet, 4, 2), CellKind::kError);
-  EXPECT_EQ(RowTexts(sheet, 5), (Texts{"TRUE", "line1\nline2", "25%"}));
-  EXPECT_EQ(RowTexts(sheet, 6), (Texts{"x", "x", "x"}));
-  for (size_t row = 0; row < sheet.rows.size(); ++row) {
-    EXPECT_EQ(sheet.rows[row].hidden, row == 3) << "row " << row + 1;
-  }
+  testing::ExpectFixtureItems(workbook->ReadSheet(1));
 }
 
 TEST(XlsxPartsTest, SharedStringsJoinRunsAndSkipPhoneticReadings) {
@@ -232,33 +220,44 @@ TEST(XlsxPartsTest, NumberFormatsComeFromCellStyles) {
   EXPECT_EQ(RowTexts(sheet, 0), (Texts{"101", "0101", "1.50", "42", "2023-03-15", "#07", "8"}));
 }
 
-// Two sheets, one with an absolute and one with a "../" target; no
-// activeTab, so the selected tab decides.
-TEST(XlsxPartsTest, RelationshipTargetsAndSelectedTab) {
+// Two sheets, one with an absolute and one with a "../" target. The active
+// tab decides which is active; without one, or with one past the last sheet,
+// the selected tab does.
+TEST(XlsxPartsTest, RelationshipTargetsAndTheActiveSheet) {
   std::string rels =
       std::string("<Relationships>") + "<Relationship Id=\"a\" Type=\"" + kRelationshipsNs +
       "/worksheet\" Target=\"/xl/worksheets/one.xml\"/>"
       "<Relationship Id=\"b\" Type=\"" +
       kRelationshipsNs + "/worksheet\" Target=\"../xl/./worksheets/two.xml\"/></Relationships>";
-  std::string bytes = testing::MakeZip({
-      {"_rels/.rels", std::string("<Relationships><Relationship Id=\"r\" Type=\"") +
-                          kRelationshipsNs +
-                          "/officeDocument\" Target=\"xl/workbook.xml\"/></Relationships>"},
-      {"xl/workbook.xml",
-       "<x:workbook xmlns:x=\"s\" xmlns:r=\"r\"><x:sheets><x:sheet name=\"One\" r:id=\"a\"/>"
-       "<x:sheet name=\"Two\" r:id=\"b\"/></x:sheets></x:workbook>"},
-      {"xl/_rels/workbook.xml.rels", rels},
-      {"xl/worksheets/one.xml", SheetXml("<row><c><v>1</v></c></row>")},
-      {"xl/worksheets/two.xml",
-       "<x:worksheet xmlns:x=\"s\"><x:sheetViews><x:sheetView tabSelected=\"1\"/>"
-       "</x:sheetViews><x:sheetData><x:row><x:c><x:v>2</x:v></x:c></x:row></x:sheetData>"
-       "</x:worksheet>"},
-  });
-  auto workbook = OpenWorkbookBytes(bytes, WorkbookFormat::kXlsx, "book.xlsx");
-  ASSERT_EQ(workbook->Sheets().size(), 2u);
-  EXPECT_EQ(workbook->ActiveSheet(), 1u);
-  EXPECT_EQ(RowTexts(workbook->ReadSheet(0), 0), (Texts{"1"}));
-  EXPECT_EQ(RowTexts(workbook->ReadSheet(1), 0), (Texts{"2"}));
+  auto book = [&](const std::string& views) {
+    return testing::MakeZip({
+        {"_rels/.rels", std::string("<Relationships><Relationship Id=\"r\" Type=\"") +
+                            kRelationshipsNs +
+                            "/officeDocument\" Target=\"xl/workbook.xml\"/></Relationships>"},
+        {"xl/workbook.xml", "<x:workbook xmlns:x=\"s\" xmlns:r=\"r\">" + views +
+                                "<x:sheets><x:sheet name=\"One\" r:id=\"a\"/>"
+                                "<x:sheet name=\"Two\" r:id=\"b\"/></x:sheets></x:workbook>"},
+        {"xl/_rels/workbook.xml.rels", rels},
+        {"xl/worksheets/one.xml", SheetXml("<row><c><v>1</v></c></row>")},
+        {"xl/worksheets/two.xml",
+         "<x:worksheet xmlns:x=\"s\"><x:sheetViews><x:sheetView tabSelected=\"1\"/>"
+         "</x:sheetViews><x:sheetData><x:row><x:c><x:v>2</x:v></x:c></x:row></x:sheetData>"
+         "</x:worksheet>"},
+    });
+  };
+  const std::pair<const char*, size_t> cases[] = {
+      {"", 1}, {"0", 0}, {"2", 1}, {"-1", 1}, {"99999999999999999999", 1}};
+  for (const auto& [tab, active] : cases) {
+    SCOPED_TRACE(tab);
+    std::string views = *tab ? std::string("<x:bookViews><x:workbookView activeTab=\"") + tab +
+                                   "\"/></x:bookViews>"
+                              : "";
+    auto workbook = OpenWorkbookBytes(book(views), WorkbookFormat::kXlsx, "book.xlsx");
+    ASSERT_EQ(workbook->Sheets().size(), 2u);
+    EXPECT_EQ(workbook->ActiveSheet(), active);
+    EXPECT_EQ(RowTexts(workbook->ReadSheet(0), 0), (Texts{"1"}));
+    EXPECT_EQ(RowTexts(workbook->ReadSheet(1), 0), (Texts{"2"}));
+  }
 }
 
 TEST(XlsxPartsTest, FormatDetectionFromContent) {

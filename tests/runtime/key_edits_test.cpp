@@ -44,6 +44,18 @@ TEST_F(KeyEditsTest, ModifyKeyRewritesTheCodeOfItsLevelThroughTheBranch) {
   EXPECT_THROW(popup_.ModifyKey("01", top_, 9), RuntimeError);
 }
 
+// A code longer than two characters at an ancestor's level must not spill
+// into the next level's code in the descendants' keys.
+TEST_F(KeyEditsTest, ALongCodeAtAnAncestorLevelStaysInItsPlace) {
+  popup_.ModifyKey("789", top_, 1);
+  EXPECT_EQ(top_->PopupKey(), "    78");
+  EXPECT_EQ(middle_->PopupKey(), "78  02");
+  EXPECT_EQ(leaf_a_->PopupKey(), "780203");
+  popup_.ModifyKey("3456", middle_, 2);
+  EXPECT_EQ(middle_->PopupKey(), "78  34");
+  EXPECT_EQ(leaf_b_->PopupKey(), "783404");
+}
+
 TEST_F(KeyEditsTest, DeleteLevelEmptiesTheChildrenOfTheLevelAbove) {
   popup_.DeleteLevel(3, popup_.PopupItems());
   EXPECT_EQ(middle_->Children()->Count(), 0);

@@ -9,7 +9,7 @@ namespace {
 
 using testing::ErrorNumberOf;
 
-TEST(PopupClassTest, PropertiesAndCollections) {
+TEST(PopupClassTest, FileNamesTitleAndValuesBeforeAnyRead) {
   PopupClass popup;
   EXPECT_EQ(popup.DataFileName(), "");
   EXPECT_EQ(popup.WorkFileName(), "");
@@ -20,13 +20,6 @@ TEST(PopupClassTest, PropertiesAndCollections) {
   EXPECT_EQ(popup.DataFileName(), " odd name .ZPD");
   popup.Title("  Fruit \t ");
   EXPECT_EQ(popup.Title(), "Fruit \t");  // trimmed of blanks only
-
-  auto items = popup.PopupItems();  // created on read, and replaceable
-  EXPECT_EQ(popup.PopupItems(), items);
-  auto replacement = std::make_shared<PopupItems>();
-  popup.PopupItems(replacement);
-  EXPECT_EQ(popup.PopupItems(), replacement);
-
   EXPECT_EQ(popup.RowCount(), 0);  // no table values before any data was read
   EXPECT_EQ(ErrorNumberOf([&] { popup.Values(1, 1); }), 13);
 }
@@ -55,21 +48,6 @@ TEST(PopupClassTest, SetSelectedItemTakesTheDecimalIdentityOfALiveItem) {
   popup.SelectedItem(kept);
   kept.reset();
   EXPECT_FALSE(watch.expired());
-}
-
-TEST(PopupClassTest, DiscardingAPopupFreesItsWholeTree) {
-  std::weak_ptr<PopupItem> leaf;
-  {
-    PopupClass popup;
-    auto top = popup.PopupItems()->Add("    01");
-    auto middle = top->Children()->Add("01  01");
-    middle->Parent(top);
-    auto bottom = middle->Children()->Add("010101");
-    bottom->Parent(middle);
-    leaf = bottom;
-    popup.SetSelectedItem(std::to_string(bottom->Identity()));
-  }
-  EXPECT_TRUE(leaf.expired());
 }
 
 }  // namespace

@@ -13,6 +13,23 @@ using testing::ReadBytes;
 using testing::TempDir;
 using testing::WriteBytes;
 
+using Texts = std::vector<std::string>;
+
+// A loaded design in one list: the title, "question/index" for each level and
+// "name length @start #initial index" for each field.
+Texts Design(PopupClass& popup) {
+  Texts design{popup.Title()};
+  for (const auto& level : *popup.PopupLevels()) {
+    design.push_back(level->Question().ToText() + "/" + std::to_string(level->IntialIndex()));
+  }
+  for (const auto& field : *popup.PopupFields()) {
+    design.push_back(field->Name() + " " + std::to_string(field->FieldLength()) + " @" +
+                     std::to_string(field->StartCharPos()) + " #" +
+                     std::to_string(field->InitialIndex()));
+  }
+  return design;
+}
+
 struct FieldSpec {
   std::string name;
   int16_t length;
@@ -80,20 +97,9 @@ TEST_F(PopupTemplateTest, WritesTheExactBytesAndReadsThemBack) {
       "\"Fruit and Veg\"\r\n2\r\n2,\"Category\"\r\n2,\"Item\"\r\n1\r\n5,20,\"Description\"\r\n");
 
   auto loaded = Load();
-  EXPECT_EQ(loaded->Title(), "Fruit and Veg");
   EXPECT_EQ(loaded->Levels(), 2);
-  ASSERT_EQ(loaded->PopupLevels()->Count(), 2);
-  EXPECT_EQ(loaded->PopupLevels()->Item(2)->Question().ToText(), "Item");
-  EXPECT_EQ(loaded->PopupLevels()->Item(2)->IntialIndex(), 2);
-  auto fields = loaded->PopupFields();
-  ASSERT_EQ(fields->Count(), 2);
-  EXPECT_EQ(fields->Item(1)->Name(), "Popup Code");
-  EXPECT_EQ(fields->Item(1)->FieldLength(), 4);
-  EXPECT_EQ(fields->Item(1)->StartCharPos(), 0);
-  EXPECT_EQ(fields->Item(2)->Name(), "Description");
-  EXPECT_EQ(fields->Item(2)->FieldLength(), 20);
-  EXPECT_EQ(fields->Item(2)->InitialIndex(), 1);
-  EXPECT_EQ(fields->Item(2)->StartCharPos(), 5);
+  EXPECT_EQ(Design(*loaded), (Texts{"Fruit and Veg", "Category/1", "Item/2", "Popup Code 4 @0 #0",
+                                    "Description 20 @5 #1"}));
 }
 
 TEST_F(PopupTemplateTest, StartPositionsAreComputedAndAStaleWorkFileIsReplaced) {
@@ -106,9 +112,7 @@ TEST_F(PopupTemplateTest, StartPositionsAreComputedAndAStaleWorkFileIsReplaced) 
 
   auto codes = MakePopup("Codes", {"Code"}, {});  // no companions: only the key field
   EXPECT_EQ(WriteAndInstall(*codes), "\"Codes\"\r\n1\r\n2,\"Code\"\r\n0\r\n");
-  auto loaded = Load();
-  ASSERT_EQ(loaded->PopupFields()->Count(), 1);
-  EXPECT_EQ(loaded->PopupFields()->Item(1)->FieldLength(), 2);
+  EXPECT_EQ(Design(*Load()), (Texts{"Codes", "Code/1", "Popup Code 2 @0 #0"}));
 
   codes->PopupPath(dir_.File("no/such/folder"));  // an uncreatable work file is ignored
   EXPECT_NO_THROW(codes->WriteTemplate());
@@ -124,11 +128,8 @@ TEST_F(PopupTemplateTest, ReadingFollowsTheLineSeparators) {
   WriteBytes(
       dir_.File("P.ZPT"),
       "\"Sizes, colours\"\t\r\n1\r\n2\t\"Size, then colour\"\r\n1\r\n3\t8\t\"Name, short\"\r\n");
-  auto loaded = Load();
-  EXPECT_EQ(loaded->Title(), "Sizes, colours");
-  EXPECT_EQ(loaded->PopupLevels()->Item(1)->Question().ToText(), "Size, then colour");
-  EXPECT_EQ(loaded->PopupFields()->Item(2)->Name(), "Name, short");
-  EXPECT_EQ(loaded->PopupFields()->Item(2)->FieldLength(), 8);
+  EXPECT_EQ(Design(*Load()), (Texts{"Sizes, colours", "Size, then colour/1",
+                                    "Popup Code 2 @0 #0", "Name, short 8 @3 #1"}));
 
   WriteBytes(dir_.File("P.ZPT"), "\"T\"\r\n1\r\n2,\"A\"\r\n0");  // a last line without its end
   EXPECT_EQ(Load()->PopupLevels()->Count(), 1);
@@ -142,9 +143,7 @@ TEST_F(PopupTemplateTest, TextIsStoredInTheCodePage) {
                        "e\""),
             std::string::npos);
   EXPECT_NE(bytes.find("\"Na\xEFve ?\""), std::string::npos);  // no "ł" in Windows-1252
-  auto loaded = Load();
-  EXPECT_EQ(loaded->Title(), "Café €");
-  EXPECT_EQ(loaded->PopupFields()->Item(2)->Name(), "Naïve ?");
+  EXPECT_EQ(Design(*Load()), (Texts{"Café €", "Größe/1", "Popup Code 2 @0 #0", "Naïve ? 5 @3 #1"}));
 }
 
 TEST_F(PopupTemplateTest, MalformedTemplatesFailWithTheLineThatFailed) {

@@ -30,15 +30,11 @@ TEST(TreeEditsTest, RemoveItemFreesTheBranch) {
   auto other = popup.AddItem(nullptr, "  02", {});
   const int32_t top_id = top->Identity();
   const int32_t child_id = popup.AddItem(top, "0101", {})->Identity();
-  popup.SetSelectedItem(std::to_string(child_id));
-  ASSERT_NE(popup.SelectedItem(), nullptr);
 
   EXPECT_TRUE(popup.RemoveItem(top));
   top.reset();
   EXPECT_EQ(FindItemByIdentity(top_id), nullptr);
   EXPECT_EQ(FindItemByIdentity(child_id), nullptr);
-  popup.SetSelectedItem(std::to_string(child_id));
-  EXPECT_EQ(popup.SelectedItem(), nullptr);
   EXPECT_EQ(popup.PopupItems()->Item(1), other);
 
   EXPECT_TRUE(popup.RemoveItem(other));

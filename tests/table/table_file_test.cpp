@@ -1,7 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
 #include "helpers/temp_dir.h"
 #include "table_test_util.h"
+#include "zephyr/support/codepage.h"
 #include "zephyr/support/errors.h"
 #include "zephyr/support/file_utils.h"
 #include "zephyr/table/dbase.h"
@@ -48,35 +54,20 @@ TEST_F(TableFileTest, CreatedTableHasTheExactLayoutAndReplacesTheOldOne) {
   EXPECT_FALSE(PathExists(dir_.File("pop.inf")));
   EXPECT_TRUE(PathExists(dir_.File("pop.zpt")));
 
-  std::string bytes = ReadBytes(path);
-  ASSERT_EQ(bytes.size(), 98u);
-  EXPECT_EQ(bytes[0], 0x03);
-  EXPECT_EQ(bytes.substr(1, 3), testing::TodayBytes());
-  EXPECT_EQ(testing::Le32(bytes, 4), 0u);
-  EXPECT_EQ(testing::Le16(bytes, 8), 97);
-  EXPECT_EQ(testing::Le16(bytes, 10), 15);
-  EXPECT_EQ(bytes.substr(12, 17), std::string(17, '\0'));
-  EXPECT_EQ(bytes[29], 0x02);
-  EXPECT_EQ(bytes.substr(30, 2), std::string(2, '\0'));
-
-  EXPECT_EQ(bytes.substr(32, 11), std::string("POPUP CODE\0", 11));
-  EXPECT_EQ(bytes[43], 'C');
-  EXPECT_EQ(testing::Le32(bytes, 44), 2u);
-  EXPECT_EQ(bytes[48], 4);
-  EXPECT_EQ(bytes[49], 0);
-  EXPECT_EQ(bytes[50], 0x02);
-  EXPECT_EQ(bytes.substr(51, 13), std::string(13, '\0'));
-
-  EXPECT_EQ(bytes.substr(64, 11), std::string("FIELD2\0\0\0\0\0", 11));
-  EXPECT_EQ(testing::Le32(bytes, 76), 6u);
-  EXPECT_EQ(bytes[80], 10);
-  EXPECT_EQ(bytes[82], 0x02);
-  EXPECT_EQ(bytes[96], 0x0D);
-  EXPECT_EQ(bytes[97], 0x1A);
+  // Version, date, no records, header and record length, the language driver
+  // byte, then one descriptor per column and the terminator.
+  const std::string header = "\x03" + testing::TodayBytes() +
+                             std::string("\0\0\0\0\x61\0\x0F\0", 8) + std::string(17, '\0') +
+                             std::string("\x02\0\0", 3);
+  const std::string columns = std::string("POPUP CODE\0C\x02\0\0\0\x04\0\x02", 19) +
+                              std::string(13, '\0') +
+                              std::string("FIELD2\0\0\0\0\0C\x06\0\0\0\x0A\0\x02", 19) +
+                              std::string(13, '\0');
+  EXPECT_EQ(ReadBytes(path), header + columns + "\x0D\x1A");
 
   // Records are the deletion flag plus the padded values; close ends with 0x1A.
   path = Create({{"K", "C", 4}, {"V", "C", 3}}, {{"01", "abcdef"}, {"0102", "x"}});
-  bytes = ReadBytes(path);
+  std::string bytes = ReadBytes(path);
   EXPECT_EQ(testing::Le32(bytes, 4), 2u);
   EXPECT_EQ(bytes.substr(97), " 01  abc 0102x  \x1A");
 }
@@ -202,23 +193,53 @@ TEST_F(TableFileTest, OpeningReadsTheFieldListAndClosingForgetsIt) {
   std::string path = Create({{"a_very_long_name", "C", 6}, {"num", "N", 5}}, {});
   dBase table;
   table.OpenFile(path);
-  auto fields = table.Fields();
-  ASSERT_EQ(fields->Count(), 2);
-  EXPECT_EQ(fields->Item(1)->Name(), "A_VERY_LONG");
-  EXPECT_EQ(fields->Item(1)->Position(), 2);
-  EXPECT_EQ(fields->Item(2)->FieldType(), "N");
-  EXPECT_EQ(fields->Item(2)->Length(), 5);
-  EXPECT_EQ(fields->Item(2)->Position(), 8);
-  EXPECT_EQ(fields->Item(3), nullptr);
+  EXPECT_EQ(testing::ColumnsOf(table), (std::vector<std::string>{"A_VERY_LONG C6@2", "NUM N5@8"}));
   EXPECT_EQ(table.RecordLen(), 12);
-  EXPECT_EQ(table.RecordCount(), Variant(int32_t{0}));
   EXPECT_THROW(table.Value(3), RuntimeError);
 
   table.CloseFile();
   EXPECT_EQ(table.RecordCount(), Variant(int16_t{0}));
   EXPECT_EQ(table.Fields()->Count(), 0);
-  EXPECT_EQ(table.Filename(), "");
   EXPECT_EQ(table.Value(1), Variant(""));
+}
+
+// Counts past 65,535 records and lengths past 255 bytes need the high bytes
+// of their header fields. The big table is sparse, so the test stays cheap.
+TEST_F(TableFileTest, CountsAndLengthsKeepTheirHighBytes) {
+  auto head = [](const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::string bytes(12, '\0');
+    in.read(bytes.data(), 12);
+    return bytes;
+  };
+  std::string path = Create({{"K", "C", 1}}, {});
+  std::string bytes = ReadBytes(path);
+  const uint32_t count = 0x0100FFFF;  // the next append carries into both high bytes
+  testing::PutLe32(&bytes, 4, count);
+  WriteBytes(path, bytes.substr(0, 65));
+  ASSERT_EQ(::truncate(path.c_str(), 65 + 2 * off_t{count}), 0);
+  dBase table;
+  table.OpenMode(dBase::kReadWrite);
+  table.OpenFile(path);
+  table.InitRecord();
+  table.Value(1, "z");
+  table.PutRecord(0);
+  EXPECT_EQ(head(path).substr(4, 4), std::string("\x00\x00\x01\x01", 4));
+  table.CloseFile();
+  EXPECT_EQ(std::filesystem::file_size(path), 65 + 2 * (uint64_t{count} + 1) + 1);
+  table.OpenFile(path);
+  EXPECT_EQ(table.RecordCount(), Variant(static_cast<int32_t>(count + 1)));
+  table.GetRecord(static_cast<int32_t>(count + 1));
+  EXPECT_EQ(table.Value(1), Variant("z"));
+  table.CloseFile();
+
+  std::vector<testing::Column> wide;  // a header of 321 bytes, records of 361
+  for (int c = 1; c <= 9; ++c) wide.push_back({"C" + std::to_string(c), "C", 40});
+  path = Create(wide, {{"a", "", "", "", "", "", "", "", "last"}}, "wide.zpd");
+  EXPECT_EQ(head(path).substr(8, 4), "\x41\x01\x69\x01");
+  table.OpenFile(path);
+  table.GetRecord(1);
+  EXPECT_EQ(table.Value(9), Variant("last" + std::string(36, ' ')));
 }
 
 TEST_F(TableFileTest, OpenErrorsCarryTheirNumbersAndTexts) {
@@ -306,27 +327,22 @@ TEST_F(TableFileTest, OpeningAgainClosesAndReopensReadOnly) {
   EXPECT_EQ(ReadBytes(dir_.File("a.zpd")).back(), '\x1A');  // the first table was closed properly
 }
 
-TEST(TableFieldsTest, SettersNormalise) {
+// Names keep 11 code-page characters in upper case; a letter whose capital
+// the code page cannot hold stays as it is rather than becoming "?".
+TEST(TableFieldsTest, NamesAreCutAndUpperCasedWithinTheCodePage) {
   Fields fields;
-  auto field = fields.Add("straße_und_weg", "character", 5, 2, 7);
-  EXPECT_EQ(field->Name(), "STRAßE_UND_");  // 11 code-page characters
-  EXPECT_EQ(field->FieldType(), "C");
-  EXPECT_EQ(field->Decimals(), 2);
-  EXPECT_EQ(field->Position(), 7);
-  fields.Add("é", "n", 1, 0, 0);
-  EXPECT_EQ(fields.Item(2)->Name(), "É");
+  EXPECT_EQ(fields.Add("straße_und_weg", "character", 5, 0, 0)->Name(), "STRAßE_UND_");
+  EXPECT_EQ(fields.Add("µm", "n", 1, 0, 0)->Name(), "µM");  // no capital mu in Windows-1252
+  EXPECT_EQ(fields.Add("ÿœé", "c", 1, 0, 0)->Name(), "ŸŒÉ");
   EXPECT_EQ(fields.Item(2)->FieldType(), "N");
-  EXPECT_EQ(fields.Item(0), nullptr);
-  EXPECT_THROW(fields.Remove(3), RuntimeError);
-  fields.Remove(1);
-  EXPECT_EQ(fields.Item(1)->Name(), "É");
+  SetActiveCodePage("CP1253");  // the Greek code page has both
+  EXPECT_EQ(fields.Add("µm", "C", 1, 0, 0)->Name(), "ΜM");
+  SetActiveCodePage("WINDOWS-1252");
 
-  EXPECT_EQ(TypeCodeToName('M'), "C");
-  EXPECT_EQ(TypeCodeToName('L'), "L");
-  EXPECT_EQ(TypeCodeToName(0), "C");
-  EXPECT_EQ(TypeNameToCode("Y"), 'Y');
-  EXPECT_EQ(TypeNameToCode("M"), 'C');
-  EXPECT_EQ(TypeNameToCode(""), 'C');
+  EXPECT_EQ(fields.Item(0), nullptr);
+  EXPECT_THROW(fields.Remove(5), RuntimeError);
+  fields.Remove(1);
+  EXPECT_EQ(fields.Item(1)->Name(), "µM");
 }
 
 }  // namespace

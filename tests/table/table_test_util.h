@@ -92,6 +92,16 @@ inline Rows RecordRows(const TableRecords& records) {
   return rows;
 }
 
+// The columns of an open table as "NAME type length@position".
+inline std::vector<std::string> ColumnsOf(dBase& table) {
+  std::vector<std::string> columns;
+  for (const auto& field : *table.Fields()) {
+    columns.push_back(field->Name() + " " + field->FieldType() + std::to_string(field->Length()) +
+                      "@" + std::to_string(field->Position()));
+  }
+  return columns;
+}
+
 }  // namespace zephyr::testing
 
 #endif  // ZEPHYR_TESTS_TABLE_TABLE_TEST_UTIL_H_
