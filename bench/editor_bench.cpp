@@ -103,15 +103,6 @@ std::unique_ptr<editor::PopupControlEdit> ShownEditor() {
   return editor;
 }
 
-int64_t CountItems(PopupItems& items) {
-  int64_t count = 0;
-  for (const auto& item : items) {
-    ++count;
-    if (item->HasChildren()) count += CountItems(*item->Children());
-  }
-  return count;
-}
-
 // The baseline: the popup's own load.
 void BM_PopupClassOpen(benchmark::State& state) {
   std::string name = MakePopup(state.range(0));
@@ -124,7 +115,7 @@ void BM_PopupClassOpen(benchmark::State& state) {
     popup.OpenPopup();
     held = HeapBytes() - before;
     state.PauseTiming();
-    items = CountItems(*popup.PopupItems());
+    items = CountItemsInTree(*popup.PopupItems());
     state.ResumeTiming();
   }
   state.counters["items"] = static_cast<double>(items);
@@ -142,7 +133,7 @@ void BM_EditorOpen(benchmark::State& state) {
     QApplication::processEvents();
     held = HeapBytes() - before;
     state.PauseTiming();
-    items = CountItems(*editor->Popup()->PopupItems());
+    items = CountItemsInTree(*editor->Popup()->PopupItems());
     editor.reset();
     state.ResumeTiming();
   }
@@ -260,7 +251,7 @@ void BM_PrintPdf(benchmark::State& state) {
     auto printer = PdfPrinter();
     if (!editor->PrintPopupData(*printer)) state.SkipWithError("printing failed");
   }
-  state.counters["items"] = static_cast<double>(CountItems(*editor->Popup()->PopupItems()));
+  state.counters["items"] = static_cast<double>(CountItemsInTree(*editor->Popup()->PopupItems()));
 }
 
 // The baseline: each row's texts drawn as one line, a new page when one is full.

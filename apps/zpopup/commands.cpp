@@ -41,15 +41,6 @@ void RequireExisting(const PopupName& name) {
 
 }  // namespace
 
-int64_t CountItems(PopupItems& items) {
-  int64_t count = 0;
-  for (const auto& item : items) {
-    ++count;
-    if (item->HasChildren()) count += CountItems(*item->Children());
-  }
-  return count;
-}
-
 PopupName ParsePopup(const std::string& argument) {
   PopupName name = PopupName::Parse(argument);
   std::error_code error;
@@ -116,7 +107,7 @@ int Show(const Arguments& args) {
     std::printf("%s%s  %s\n", indent.c_str(), OwnCode(item.PopupKey()).c_str(),
                 JoinedValues(item).c_str());
   });
-  TellRowsLeftOut(*popup, name, CountItems(*popup->PopupItems()));
+  TellRowsLeftOut(*popup, name, CountItemsInTree(*popup->PopupItems()));
   return kSuccess;
 }
 

@@ -29,9 +29,6 @@ struct Command {
 // Every command, in the order the help lists them.
 const std::vector<Command>& Commands();
 
-// The number of items in the lists and all their branches.
-int64_t CountItems(PopupItems& items);
-
 // Reads a POPUP argument; a folder that holds no such popup is a FileError.
 PopupName ParsePopup(const std::string& argument);
 

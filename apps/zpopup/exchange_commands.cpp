@@ -120,7 +120,7 @@ int Import(const Arguments& args) {
   int64_t replaced = 0;
   if (name.Exists()) {
     OpenPopupFiles(popup, name, *progress);
-    replaced = CountItems(*popup.PopupItems());
+    replaced = CountItemsInTree(*popup.PopupItems());
   } else {
     structure = MessageAnswer::kNo;  // a new popup takes the sheet's design
   }
@@ -145,7 +145,7 @@ int Import(const Arguments& args) {
                "zpopup: imported %s into %s: %lld items, %d levels, %d fields; %lld items "
                "replaced; %zu values converted to %s\n",
                workbook_argument.c_str(), name.Display().c_str(),
-               static_cast<long long>(CountItems(*popup.PopupItems())), popup.Levels(),
+               static_cast<long long>(CountItemsInTree(*popup.PopupItems())), popup.Levels(),
                popup.PopupFields()->Count(), static_cast<long long>(replaced), unencodable.Count(),
                ActiveCodePage().Name().c_str());
   return kSuccess;

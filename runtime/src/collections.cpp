@@ -77,4 +77,13 @@ std::shared_ptr<PopupField> PopupFields::Item(const Variant& vntIndexKey) const 
   return fields_.Item(vntIndexKey);
 }
 
+int64_t CountItemsInTree(PopupItems& items) {
+  int64_t count = 0;
+  for (const auto& item : items) {
+    ++count;
+    if (item->HasChildren()) count += CountItemsInTree(*item->Children());
+  }
+  return count;
+}
+
 }  // namespace zephyr

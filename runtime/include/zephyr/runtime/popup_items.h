@@ -3,6 +3,7 @@
 #ifndef ZEPHYR_RUNTIME_POPUP_ITEMS_H_
 #define ZEPHYR_RUNTIME_POPUP_ITEMS_H_
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -42,6 +43,9 @@ class PopupItems : public Object {
   Collection<PopupItem, LoadAllocator> items_;
   std::string question_;
 };
+
+// The number of items in the list and in all their branches.
+int64_t CountItemsInTree(PopupItems& items);
 
 }  // namespace zephyr
 
