@@ -37,6 +37,9 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
   file->addAction(tr("&Save"), QKeySequence::Save, this, [this]() { Save(false); });
   file->addAction(tr("Save &As..."), QKeySequence::SaveAs, this, [this]() { Save(true); });
   file->addSeparator();
+  file->addAction(tr("&Import Workbook..."), this, [this]() { editor_->ImportWorkbook(); });
+  file->addAction(tr("E&xport Workbook..."), this, [this]() { editor_->ExportWorkbook(); });
+  file->addSeparator();
   file->addAction(tr("&Print..."), QKeySequence::Print, this,
                   [this]() { editor_->PrintPopupData(); });
   file->addAction(tr("Print Pre&view..."), this, [this]() { PrintPreview(); });

@@ -79,11 +79,11 @@ void EditorState::ImportFromExcel() {
   excel::ImportUi ui{*messages, *progress, levels};
   if (excel::ExcelImport(*popup, *workbook, ui)) {
     LoadTemplateData();
-    // The outline is what a save writes, so it is refilled in either view.
-    LoadDataGrid();
     if (DataMode) {
-      LoadDataMode();
+      LoadDataMode();  // refills the outline
     } else {
+      // The outline is what a save writes, so it is refilled here too.
+      LoadDataGrid();
       LoadDesignMode();
     }
     SetDataChanged(true);

@@ -529,6 +529,14 @@ void PopupControlEdit::DeleteCurrentItem() {
   if (state_->DataMode) state_->Guarded([this]() { state_->DeleteDataItem(); });
 }
 
+void PopupControlEdit::ImportWorkbook() {
+  state_->Guarded([this]() { state_->ImportFromExcel(); });
+}
+
+void PopupControlEdit::ExportWorkbook() {
+  state_->Guarded([this]() { state_->ExportToExcel(); });
+}
+
 void PopupControlEdit::FocusFind() {
   if (!state_->DataMode) return;
   state_->txtFind->setFocus();

@@ -156,11 +156,15 @@ class ExchangeButtonsTest : public QObject, zephyr::testing::EditorFixture {
     QVERIFY(told.starts_with("Exported 3 rows to"));
     QVERIFY(told.find("cannot bring back") != std::string::npos);  // Fruit's own note
 
+    // Imported from the data view, through the host's menu command.
     const QStringList exported = Describe(*editor->Popup()->PopupItems());
+    ClickTab(1);
     dialog->answers = {dir->File("products.xlsx")};
-    QTest::mouseClick(Child<QPushButton>("cmdImport"), Qt::LeftButton);
+    editor->ImportWorkbook();
     QCOMPARE(Describe(*editor->Popup()->PopupItems()), exported);
     QVERIFY(editor->DataChanged());
+    QCOMPARE(Outline(), QStringList({"Products", "10", "10", "20", "20", "10"}));
+    ClickTab(0);
 
     dialog->answers = {};  // cancelled: nothing more is told
     size_t told_before = messages->shown.size();

@@ -119,6 +119,11 @@ class PopupControlEdit : public QWidget {
   // Moves the focus to the find box above the outline.
   void FocusFind();
 
+  // The workbook buttons' commands, for a host's menus, in either view: fill
+  // the popup from a workbook the user picks, or write it to a new one.
+  void ImportWorkbook();
+  void ExportWorkbook();
+
   // The persisted property "EditBackColor".
   void ReadProperties(const PropertyBag& bag);
   void WriteProperties(PropertyBag& bag) const;
