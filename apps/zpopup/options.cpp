@@ -5,7 +5,7 @@
 namespace zephyr::cli {
 
 ParsedOptions::ParsedOptions(const std::vector<std::string>& args,
-                             std::initializer_list<OptionSpec> specs) {
+                             std::initializer_list<OptionRule> rules) {
   for (size_t i = 0; i < args.size(); ++i) {
     const std::string& arg = args[i];
     if (arg.size() < 2 || arg[0] != '-') {
@@ -14,12 +14,12 @@ ParsedOptions::ParsedOptions(const std::vector<std::string>& args,
     }
     size_t equals = arg.find('=');
     std::string name = arg.substr(0, equals);
-    const OptionSpec* spec = nullptr;
-    for (const OptionSpec& candidate : specs) {
-      if (name == candidate.name) spec = &candidate;
+    const OptionRule* rule = nullptr;
+    for (const OptionRule& candidate : rules) {
+      if (name == candidate.name) rule = &candidate;
     }
-    if (!spec) throw UsageError{"unknown option " + name};
-    if (!spec->takes_value) {
+    if (!rule) throw UsageError{"unknown option " + name};
+    if (!rule->takes_value) {
       if (equals != std::string::npos) throw UsageError{name + " takes no value"};
       given_.emplace_back(name, "");
     } else if (equals != std::string::npos) {

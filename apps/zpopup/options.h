@@ -12,7 +12,7 @@
 
 namespace zephyr::cli {
 
-struct OptionSpec {
+struct OptionRule {
   const char* name;  // with its dashes: "--levels"
   bool takes_value;
 };
@@ -21,7 +21,7 @@ class ParsedOptions {
  public:
   // Raises a UsageError naming an unknown option, a value missing after an
   // option that takes one, or a value given to a switch.
-  ParsedOptions(const std::vector<std::string>& args, std::initializer_list<OptionSpec> specs);
+  ParsedOptions(const std::vector<std::string>& args, std::initializer_list<OptionRule> rules);
 
   const std::vector<std::string>& Positional() const { return positional_; }
   bool Has(const std::string& name) const;

@@ -39,13 +39,6 @@ QSettings ImportSettings() {
 }
 constexpr const char* kLastImportFolder = "Import/LastFolder";
 
-// Closes the progress form however the import ends.
-struct ProgressShown {
-  explicit ProgressShown(Progress& progress) : progress(progress) { progress.Show(); }
-  ~ProgressShown() { progress.Unload(); }
-  Progress& progress;
-};
-
 }  // namespace
 
 std::optional<std::string> EditorState::PickWorkbook() {
@@ -74,7 +67,8 @@ void EditorState::ImportFromExcel() {
   }
   std::optional<std::string> workbook = PickWorkbook();
   if (!workbook) return;
-  ProgressShown shown(*progress);
+  ProgressUnloader shown(*progress);
+  progress->Show();
   DialogLevelPrompt levels(q, messages);
   excel::ImportUi ui{*messages, *progress, levels};
   if (excel::ExcelImport(*popup, *workbook, ui)) {

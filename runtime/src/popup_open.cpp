@@ -12,18 +12,6 @@ namespace {
 
 constexpr const char* kReadingMessage = "Reading Popup Data.. this may take a few minutes";
 
-// Unloads the progress indicator however the load ends.
-class ShownProgress {
- public:
-  explicit ShownProgress(Progress& progress) : progress_(progress) {}
-  ~ShownProgress() { progress_.Unload(); }
-  ShownProgress(const ShownProgress&) = delete;
-  ShownProgress& operator=(const ShownProgress&) = delete;
-
- private:
-  Progress& progress_;
-};
-
 }  // namespace
 
 void PopupClass::OpenPopup(std::string_view Source) {
@@ -49,7 +37,7 @@ void PopupClass::OpenPopup(std::string_view Source) {
 
 void PopupClass::LoadTopLevel() {
   Progress& progress = *progress_;
-  ShownProgress shown(progress);
+  ProgressUnloader shown(progress);
   if (!table_) return;
   DebugLog(kPopupClassModule, "LoadTopLevel", "Start");
   progress.Show();

@@ -26,6 +26,18 @@ class Progress {
   virtual void ProcessEvents() {}
 };
 
+// Unloads the indicator when it goes out of scope, however the work ends.
+class ProgressUnloader {
+ public:
+  explicit ProgressUnloader(Progress& progress) : progress_(progress) {}
+  ~ProgressUnloader() { progress_.Unload(); }
+  ProgressUnloader(const ProgressUnloader&) = delete;
+  ProgressUnloader& operator=(const ProgressUnloader&) = delete;
+
+ private:
+  Progress& progress_;
+};
+
 // A Progress that shows nothing; the default where no indicator was given.
 class NoProgress : public Progress {
  public:
