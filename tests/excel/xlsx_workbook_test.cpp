@@ -94,54 +94,6 @@ wb.save("openpyxl.xlsx")
   }
 }
 
-// xlsxwriter: shared strings (or inline strings in constant-memory mode),
-// rich strings, cached formula results, tabSelected, a chart sheet.
-TEST_F(PythonWriterTest, ReadsXlsxwriterWorkbooks) {
-  ASSERT_TRUE(testing::RunPython(dir_.Path(), R"py(
-import xlsxwriter
-for name, options in (("shared.xlsx", {}), ("inline.xlsx", {"constant_memory": True})):
-    wb = xlsxwriter.Workbook(name, options)
-    one = wb.add_worksheet("One")
-    one.write(0, 0, "first")
-    two = wb.add_worksheet("Two")
-    key = wb.add_format({"num_format": "0000"})
-    bold = wb.add_format({"bold": True})
-    two.write_row(0, 0, ["Key", "Name", "Value"])
-    two.write_number(1, 0, 101, key)
-    two.write_rich_string(1, 1, "Ap", bold, "ple")
-    two.write_number(1, 2, 1.5)
-    two.set_row(2, None, None, {"hidden": True})
-    two.write_number(2, 0, 102, key)
-    two.write_string(2, 1, "Hidden")
-    two.write_formula(3, 0, "=1/0", None, "#DIV/0!")
-    two.write_formula(3, 1, "=NA()", None, "#N/A")
-    two.write_formula(3, 2, '="a"&"b"', None, "ab")
-    two.write_boolean(4, 0, True)
-    two.write_string(4, 1, "line1\nline2")
-    two.write_number(4, 2, 3)
-    two.activate()
-    chart = wb.add_chart({"type": "column"})
-    chart.add_series({"values": "=Two!$C$2:$C$5"})
-    wb.add_chartsheet("Chart").set_chart(chart)
-    wb.close()
-)py"));
-  for (const char* file : {"shared.xlsx", "inline.xlsx"}) {
-    SCOPED_TRACE(file);
-    auto workbook = OpenWorkbook(dir_.File(file));
-    EXPECT_EQ(workbook->ActiveSheet(), 1u);
-    Sheet sheet = workbook->ReadSheet(workbook->ActiveSheet());
-    EXPECT_EQ(sheet.name, "Two");
-    ASSERT_EQ(sheet.rows.size(), 5u);
-    EXPECT_EQ(RowTexts(sheet, 1), (Texts{"0101", "Apple", "1.5"}));
-    EXPECT_EQ(RowTexts(sheet, 3), (Texts{"#DIV/0!", "#N/A", "ab"}));
-    EXPECT_EQ(KindAt(sheet, 3, 1), CellKind::kError);
-    EXPECT_EQ(KindAt(sheet, 3, 2), CellKind::kText);
-    EXPECT_EQ(RowTexts(sheet, 4), (Texts{"TRUE", "line1\nline2", "3"}));
-    for (size_t row = 0; row < sheet.rows.size(); ++row)
-      EXPECT_EQ(sheet.rows[row].hidden, row == 2);
-  }
-}
-
 // Saved by LibreOffice: hidden="true", cached errors, shared strings.
 TEST(LibreOfficeXlsxTest, ReadsTheCommittedFixture) {
   auto workbook = OpenWorkbook(ZEPHYR_EXCEL_FIXTURES "/libreoffice.xlsx");

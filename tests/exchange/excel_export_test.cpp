@@ -48,42 +48,6 @@ class NoLevelPrompt : public LevelPrompt {
   int PromptForLevels() override { return -1; }
 };
 
-TEST(ExcelExportTest, AnExportedPopupImportsBackAsTheSameTree) {
-  TempDir dir;
-  PopupDesign design{
-      "Stock", {"Aisle", "Shelf", "Product"}, {{"Name", 20}, {"Price", 6}, {"Unit", 4}}};
-  WritePopupFiles(dir.Path(), "Stock", design,
-                  {{"    01", "Drinks", "", ""},
-                   {"01  01", "Hot", "", ""},
-                   {"010101", "Tea, green", "2.10", "box"},
-                   {"010102", "Coffee", "4.50", ""},
-                   {"01  02", "Cold", "", ""},
-                   {"010201", "Lemonade", "1.00", "can"},
-                   {"    02", "Bakery", "", ""},
-                   {"02  05", "Bread", "", ""},
-                   {"020509", "Rye \"dark\"", "2.75", "loaf"}});
-  auto original = OpenPopup(dir.Path(), "Stock");
-  ExportReport report = ExportToWorkbook(*original, dir.File("stock.xlsx"));
-  EXPECT_EQ(report.rows_written, 4);
-  EXPECT_TRUE(report.cannot_round_trip.empty());
-
-  testing::ScriptedMessageBox messages;
-  messages.answers = {MessageAnswer::kNo};
-  testing::RecordingProgress progress;
-  NoLevelPrompt no_prompt;
-  ImportUi ui{messages, progress, no_prompt};
-  PopupClass copy;
-  copy.PopupPath(dir.Path());
-  copy.DataSource("Copy");
-  ASSERT_EQ(ImportFromWorkbook(copy, dir.File("stock.xlsx"), ui), ImportOutcome::kImported)
-      << (messages.shown.empty() ? "" : messages.shown.back().prompt);
-
-  auto reread = OpenPopup(dir.Path(), "Copy");
-  EXPECT_EQ(Describe(*reread->PopupItems()), Describe(*original->PopupItems()));
-  EXPECT_EQ(reread->PopupLevels()->Item(3)->Question().ToText(), "Product");
-  EXPECT_EQ(reread->PopupFields()->Item(4)->Name(), "Unit");
-}
-
 TEST(ExcelExportTest, ItemsThatCannotRoundTripAreNamedAndTheRestIsWritten) {
   TempDir dir;
   PopupDesign design{"Mixed", {"A", "B"}, {{"Name", 10}, {"Note", 5}}};
