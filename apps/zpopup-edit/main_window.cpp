@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMenuBar>
@@ -9,6 +10,7 @@
 #include <QPrintPreviewDialog>
 #include <QPrinter>
 #include <QSettings>
+#include <QStatusBar>
 #include <cstdio>
 
 #include "popup_name.h"
@@ -22,6 +24,13 @@ using editor::ToQString;
 namespace {
 
 constexpr int kMaxRecent = 8;
+constexpr int kStatusMilliseconds = 5000;
+
+// One entry per popup in the recent list, however it was named: the
+// absolute folder and base name, without an extension.
+QString RecentEntry(const QString& folder, const QString& base) {
+  return QFileInfo(QDir(folder.isEmpty() ? QStringLiteral(".") : folder), base).absoluteFilePath();
+}
 
 }  // namespace
 
@@ -38,7 +47,10 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
   file->addAction(tr("Save &As..."), QKeySequence::SaveAs, this, [this]() { Save(true); });
   file->addSeparator();
   file->addAction(tr("&Import Workbook..."), this, [this]() { editor_->ImportWorkbook(); });
-  file->addAction(tr("E&xport Workbook..."), this, [this]() { editor_->ExportWorkbook(); });
+  file->addAction(tr("E&xport Workbook..."), this, [this]() {
+    std::string written = editor_->ExportWorkbook();
+    if (!written.empty()) Status(tr("Exported to %1").arg(ToQString(written)));
+  });
   file->addSeparator();
   file->addAction(tr("&Print..."), QKeySequence::Print, this,
                   [this]() { editor_->PrintPopupData(); });
@@ -47,17 +59,32 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
   file->addSeparator();
   file->addAction(tr("&Quit"), QKeySequence::Quit, this, [this]() { close(); });
   QMenu* edit = menuBar()->addMenu(tr("&Edit"));
+  // The editor's own methods raise: what they raise is told, not thrown on.
+  auto guarded = [this](void (editor::PopupControlEdit::*command)()) {
+    return [this, command]() {
+      try {
+        (editor_->*command)();
+      } catch (const std::exception& error) {
+        editor_->ReportError(error);
+      }
+    };
+  };
   edit->addAction(tr("Add &Child"), QKeySequence(tr("Ctrl+Shift+N")), this,
-                  [this]() { editor_->AddChild(); });
+                  guarded(&editor::PopupControlEdit::AddChild));
   edit->addAction(tr("Add &Sibling"), QKeySequence(tr("Ctrl+Shift+B")), this,
-                  [this]() { editor_->AddSibling(); });
+                  guarded(&editor::PopupControlEdit::AddSibling));
   edit->addSeparator();
-  // The outline takes Ctrl+C and Ctrl+V itself; the menu offers them too.
-  edit->addAction(tr("&Copy Item"), this, [this]() { editor_->CopyCurrentItem(); });
-  edit->addAction(tr("&Paste"), this, [this]() { editor_->PasteItem(); });
-  edit->addAction(tr("&Delete"), this, [this]() { editor_->DeleteCurrentItem(); });
+  // The outline and the editor take these keys themselves, where they mean
+  // the item and not the text of a box: the menu shows them without taking them.
+  edit->addAction(tr("&Copy Item") + QStringLiteral("\tCtrl+C"), this,
+                  [this]() { editor_->CopyCurrentItem(); });
+  edit->addAction(tr("&Paste") + QStringLiteral("\tCtrl+V"), this,
+                  [this]() { editor_->PasteItem(); });
+  edit->addAction(tr("&Delete") + QStringLiteral("\tDel"), this,
+                  [this]() { editor_->DeleteCurrentItem(); });
   edit->addSeparator();
-  edit->addAction(tr("&Find"), this, [this]() { editor_->FocusFind(); });
+  edit->addAction(tr("&Find") + QStringLiteral("\tCtrl+F"), this,
+                  [this]() { editor_->FocusFind(); });
   QMenu* view = menuBar()->addMenu(tr("&View"));
   view->addAction(tr("&Design"), QKeySequence(tr("Ctrl+1")), this,
                   [this]() { editor_->ShowView(false); });
@@ -75,8 +102,7 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
   editor_->ReadProperties(bag);
   RebuildRecentMenu();
 
-  connect(editor_, &editor::PopupControlEdit::DataChangedChanged, this,
-          [this]() { UpdateTitle(); });
+  connect(editor_, &editor::PopupControlEdit::modifiedChanged, this, [this]() { UpdateTitle(); });
   UpdateTitle();
 }
 
@@ -98,7 +124,7 @@ bool MainWindow::OpenNamed(const QString& name) {
     UpdateTitle();
     return false;
   }
-  RememberRecent(QFileInfo(name).absoluteFilePath());
+  RememberRecent(RecentEntry(ToQString(popup.folder), ToQString(popup.base)));
   UpdateTitle();
   return true;
 }
@@ -115,6 +141,10 @@ bool MainWindow::PrintPdf(const QString& path) {
   return editor_->PrintPopupData(printer);
 }
 
+void MainWindow::Status(const QString& text) {
+  statusBar()->showMessage(text, kStatusMilliseconds);
+}
+
 void MainWindow::PrintPreview() {
   QPrinter printer(QPrinter::HighResolution);
   QPrintPreviewDialog preview(&printer, this);
@@ -128,7 +158,7 @@ void MainWindow::ExportPdf() {
   QString path = QFileDialog::getSaveFileName(this, tr("Export PDF"),
                                               source.isEmpty() ? QString() : source + ".pdf",
                                               tr("PDF document (*.pdf)"));
-  if (!path.isEmpty()) PrintPdf(path);
+  if (!path.isEmpty() && PrintPdf(path)) Status(tr("Exported to %1").arg(path));
 }
 
 void MainWindow::NewPopup() {
@@ -146,28 +176,29 @@ void MainWindow::OpenDialog() {
   if (!path.isEmpty()) OpenNamed(path);
 }
 
-void MainWindow::Save(bool save_as) {
+bool MainWindow::Save(bool save_as) {
+  bool wrote = false;
   try {
-    editor_->SaveChanges(save_as);
-  } catch (const Error& error) {
-    QMessageBox::critical(this, tr("Save Popup"), ToQString(error.Description()));
+    wrote = editor_->SaveChanges(save_as);
+  } catch (const std::exception& error) {
+    editor_->ReportError(error);
   }
-  if (!editor_->DataChanged() && !editor_->Popup()->DataSource().empty()) {
-    RememberRecent(ToQString(editor_->Popup()->PopupPath() + editor_->Popup()->DataSource()));
+  if (wrote) {
+    auto popup = editor_->Popup();
+    RememberRecent(RecentEntry(ToQString(popup->PopupPath()), ToQString(popup->DataSource())));
+    Status(tr("Saved %1").arg(ToQString(popup->DataSource())));
   }
   UpdateTitle();
+  return wrote;
 }
 
 bool MainWindow::MaySetAside() {
-  if (!editor_->DataChanged()) return true;
+  if (!editor_->Modified()) return true;
   auto answer = QMessageBox::warning(
       this, tr("Unsaved Changes"), tr("The popup has unsaved changes. Save them first?"),
       QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
   if (answer == QMessageBox::Cancel) return false;
-  if (answer == QMessageBox::Save) {
-    Save(false);
-    return !editor_->DataChanged();
-  }
+  if (answer == QMessageBox::Save) return Save(false);
   return true;
 }
 
@@ -175,7 +206,7 @@ void MainWindow::UpdateTitle() {
   std::string source = editor_->Popup()->DataSource();
   QString name = source.empty() ? tr("New Popup") : ToQString(source);
   setWindowTitle(name + QStringLiteral("[*] - ") + tr("ZephyrPopup Editor"));
-  setWindowModified(editor_->DataChanged());
+  setWindowModified(editor_->Modified());
 }
 
 void MainWindow::RememberRecent(const QString& path) {

@@ -35,12 +35,15 @@ class MainWindow : public QMainWindow {
  private:
   void NewPopup();
   void OpenDialog();
-  void Save(bool save_as);
+  // Saves through the editor; true when the popup's files were written.
+  bool Save(bool save_as);
   void PrintPreview();
   void ExportPdf();
   // Asks to save unsaved changes: true when the caller may go on.
   bool MaySetAside();
   void UpdateTitle();
+  // A passing note in the status bar.
+  void Status(const QString& text);
   void RememberRecent(const QString& path);
   void RebuildRecentMenu();
   void SaveSettings();

@@ -235,9 +235,9 @@ DesignDraft NewDesign(const ParsedOptions& options) {
   for (const auto& field : draft.fields) {
     double length = 0;
     ParseNumber(field.length, &length);
-    if (length < 1 || length != static_cast<int>(length)) {
-      throw UsageError{"field length must be a whole number from 1 to 254, not '" + field.length +
-                       "' for " + field.name};
+    if (length != static_cast<int>(length)) {
+      throw UsageError{"field length must be a whole number, not '" + field.length + "' for " +
+                       field.name};
     }
   }
   for (size_t i = 0; i < draft.fields.size(); ++i) {

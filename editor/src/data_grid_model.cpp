@@ -38,10 +38,13 @@ DataGridModel::~DataGridModel() = default;
 void DataGridModel::Load(std::shared_ptr<PopupClass> popup) {
   beginResetModel();
   popup_ = std::move(popup);
+  title_text_ = ToQString(popup_->Title());
   headings_.clear();
   for (const auto& field : *popup_->PopupFields()) headings_.push_back(ToQString(field->Name()));
   nodes_->Clear();
   rekeyed_.clear();
+  unsorted_.clear();
+  all_unsorted_ = true;
   pool_.clear();
   free_.clear();
   title_ = NewNode(0, nullptr);
@@ -78,9 +81,14 @@ void DataGridModel::AddItems(GridNode& parent, PopupItems& items) {
 }
 
 void DataGridModel::SortTree() {
-  if (!title_) return;
+  if (!title_ || (!all_unsorted_ && unsorted_.empty())) return;
   emit layoutAboutToBeChanged();
   KeepingPersistentIndexes([this]() {
+    if (!all_unsorted_) {
+      // Every other node is in order already, and sorting it would keep it so.
+      for (int32_t identity : unsorted_) SortNode(*NodeOfId(static_cast<quintptr>(identity)));
+      return;
+    }
     std::vector<GridNode*> pending{title_};
     while (!pending.empty()) {
       GridNode* node = pending.back();
@@ -91,12 +99,15 @@ void DataGridModel::SortTree() {
       }
     }
   });
+  unsorted_.clear();
+  all_unsorted_ = false;
   emit layoutChanged();
 }
 
 void DataGridModel::SortChildren(const QModelIndex& parent) {
   GridNode* node = NodeOf(parent);
   if (!node) return;
+  unsorted_.erase(node->identity);
   emit layoutAboutToBeChanged({parent});
   KeepingPersistentIndexes([this, node]() { SortNode(*node); });
   emit layoutChanged({parent});
@@ -158,6 +169,7 @@ QModelIndex DataGridModel::AppendRow(const QModelIndex& parent, int32_t identity
   GridNode* child = NewNode(identity, node);
   child->row = row;
   MutableChildren(*node).push_back(child);
+  unsorted_.insert(node->identity);
   endInsertRows();
   return createIndex(row, 0, static_cast<quintptr>(identity));
 }
@@ -206,6 +218,8 @@ void DataGridModel::KeyChanged(const QModelIndex& index) {
   GridNode* node = NodeOf(index);
   if (!node || node->identity == 0) return;
   rekeyed_.insert(node->identity);
+  // Its code moved: its siblings may be out of order now.
+  unsorted_.insert(node->parent->identity);
   QModelIndex first = createIndex(node->row, 0, static_cast<quintptr>(node->identity));
   emit dataChanged(first, first);
 }
@@ -267,6 +281,7 @@ void DataGridModel::Forget(GridNode& node) {
     pending.pop_back();
     nodes_->Erase(current->identity);
     rekeyed_.erase(current->identity);
+    unsorted_.erase(current->identity);
     for (GridNode* child : ChildrenOf(*current)) pending.push_back(child);
     current->children.reset();
     free_.push_back(current);
@@ -368,9 +383,8 @@ QVariant DataGridModel::data(const QModelIndex& index, int role) const {
     return index.column() == 0 && rekeyed_.count(node->identity) != 0;
   }
   if (role != Qt::DisplayRole && role != Qt::EditRole) return {};
-  if (node->identity == 0) {
-    return index.column() == 0 ? ToQString(popup_->Title()) : QVariant();
-  }
+  // The title as it was filled in: the outline does not follow the title box.
+  if (node->identity == 0) return index.column() == 0 ? title_text_ : QVariant();
   auto item = FindItemByIdentity(node->identity);
   if (!item) return {};
   if (index.column() == 0) return ToQString(OwnCode(item->PopupKey()));

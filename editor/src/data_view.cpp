@@ -24,35 +24,39 @@
 namespace zephyr::editor {
 
 void EditorState::ConnectDataView() {
-  connect(DataGrid->selectionModel(), &QItemSelectionModel::currentChanged, this,
-          [this]() { DataRowChanged(); });
-  connect(DataGrid, &QTreeView::customContextMenuRequested, this,
-          [this](const QPoint& position) { ShowItemMenu(position); });
-  connect(DataGrid, &QTreeView::doubleClicked, this, [this]() { StartEdit(); });
-  auto command = [this](auto handler) {
-    return [this, handler]() { Guarded([this, handler]() { (this->*handler)(); }); };
-  };
-  connect(cmdDelete, &QPushButton::clicked, this, command(&EditorState::DeleteDataItem));
-  connect(mnuDelete, &QAction::triggered, this, command(&EditorState::DeleteDataItem));
-  connect(mnuAddChild, &QAction::triggered, this, [this]() {
+  On(DataGrid->selectionModel(), &QItemSelectionModel::currentChanged,
+     [this]() { DataRowChanged(); });
+  On(DataGrid, &QTreeView::customContextMenuRequested,
+     [this](const QPoint& position) { ShowItemMenu(position); });
+  On(DataGrid, &QTreeView::doubleClicked, [this]() { StartEdit(); });
+  On(cmdDelete, &QPushButton::clicked, [this]() { DeleteDataItem(); });
+  On(mnuDelete, &QAction::triggered, [this]() { DeleteDataItem(); });
+  // The Part's menu handlers run Enable_Disable after an add, whatever became of it.
+  On(mnuAddChild, &QAction::triggered, [this]() {
     Guarded([this]() { AddChild(); });
     EnableDisable();
   });
-  connect(mnuAddSibling, &QAction::triggered, this, [this]() {
+  On(mnuAddSibling, &QAction::triggered, [this]() {
     Guarded([this]() { AddSibling(); });
     EnableDisable();
   });
-  connect(mnuCopywithout, &QAction::triggered, this, command(&EditorState::CopyPopupItem));
-  connect(mnucopywithchildren, &QAction::triggered, this,
-          command(&EditorState::CopyPopupItemW_Children));
-  connect(mnuPaste, &QAction::triggered, this, command(&EditorState::Paste));
-  connect(txtFind, &QLineEdit::textChanged, this, [this]() { find_timer->start(); });
-  connect(find_timer, &QTimer::timeout, this, [this]() { ApplyFind(); });
+  On(mnuCopywithout, &QAction::triggered, [this]() { CopyPopupItem(); });
+  On(mnucopywithchildren, &QAction::triggered, [this]() { CopyPopupItemW_Children(); });
+  On(mnuPaste, &QAction::triggered, [this]() { Paste(); });
+  On(txtFind, &QLineEdit::textChanged, [this]() { find_timer->start(); });
+  On(find_timer, &QTimer::timeout, [this]() { ApplyFind(); });
 
   auto* delegate = new EditDelegate(DataGrid);
-  delegate->SetMaxLength([this](const QModelIndex& cell) { return MaxEditLength(cell); });
-  delegate->SetRefuse(
-      [this](const QModelIndex& cell, QString& text) { return DataEditRefused(cell, text); });
+  delegate->SetMaxLength([this](const QModelIndex& cell) {
+    int length = 0;
+    Guarded([&]() { length = MaxEditLength(cell); });
+    return length;
+  });
+  delegate->SetRefuse([this](const QModelIndex& cell, QString& text) {
+    bool refused = true;
+    Guarded([&]() { refused = DataEditRefused(cell, text); });
+    return refused;
+  });
   delegate->SetCommit([this](const QModelIndex& cell, const QString& text) {
     Guarded([&]() { DataAfterEdit(cell, text); });
   });
@@ -68,6 +72,7 @@ void EditorState::LoadDataGrid() {
   // Opening fills the outline up to three times over an unchanged popup; the
   // first fill stands for the others.
   if (!(Opening && filled_while_opening)) {
+    printed_outline.reset();
     grid->Load(popup);
     SortTree();
     // Expanding the parents one by one keeps the view's bookkeeping to the
@@ -115,7 +120,7 @@ void EditorState::RebuildAddButtons() {
     int index = static_cast<int>(cmdAdd.size()) + 1;
     auto* button = new QPushButton(fraButtons);
     button->setObjectName(QStringLiteral("cmdAdd%1").arg(index));
-    connect(button, &QPushButton::clicked, this, [this, index]() { AddButtonClicked(index); });
+    On(button, &QPushButton::clicked, [this, index]() { AddButtonClicked(index); });
     // After the label, before the stretch.
     layout->insertWidget(index, button);
     cmdAdd.push_back(button);
@@ -215,8 +220,10 @@ void EditorState::DataAfterEdit(const QModelIndex& cell, const QString& text) {
   if (!item) return;
   QModelIndex row = grid->index(cell.row(), 0, cell.parent());
   if (cell.column() >= 1) {
-    grid->SetValue(grid->index(cell.row(), cell.column(), cell.parent()), ToUtf8(text));
-    SetDataChanged(true);
+    QModelIndex value = grid->index(cell.row(), cell.column(), cell.parent());
+    grid->SetValue(value, ToUtf8(text));
+    Edited();
+    WidenColumnFor(value);
     return;
   }
   std::string code(Trim(ToUtf8(text)));
@@ -224,42 +231,51 @@ void EditorState::DataAfterEdit(const QModelIndex& cell, const QString& text) {
   for (const auto& sibling : *popup->SiblingsOf(*item)) {
     if (sibling->PopupKey().size() >= 2 && OwnCode(sibling->PopupKey()) == code) {
       Tell("Key already Exists. Please enter a unique key.");
+      DataGrid->setFocus();
       return;  // the cell shows the item's key, which did not change
     }
   }
   popup->ModifyKey(code, item, item->Level());
   grid->KeyChanged(row);
-  grid->SortChildren(row.parent());
-  // Key entry flows on into the first value.
-  QModelIndex moved = grid->IndexOfIdentity(item->Identity());
-  QModelIndex next = grid->index(moved.row(), cell.column() + 1, moved.parent());
-  SetDataChanged(true);
+  // The row's own children are ordered; the row itself keeps its place
+  // among its siblings until the next Sort_Tree.
+  grid->SortChildren(row);
+  Edited();
+  // Key entry flows on into the first value, once this editor has closed.
+  QModelIndex next = grid->index(row.row(), cell.column() + 1, row.parent());
   if (next.isValid()) {
-    QTimer::singleShot(0, DataGrid, [this, cell = QPersistentModelIndex(next)]() {
-      if (!cell.isValid()) return;
+    Later(DataGrid, [this, cell = QPersistentModelIndex(next)]() {
+      if (!cell.isValid() || HasOpenEditor(*DataGrid)) return;
       DataGrid->setCurrentIndex(cell);
       DataGrid->edit(cell);
     });
   }
 }
 
-bool EditorState::DataGridKey(QKeyEvent* event, bool editing) {
+void EditorState::WidenColumnFor(const QModelIndex& cell) {
+  QStyleOptionViewItem option;
+  option.initFrom(DataGrid);
+  option.font = DataGrid->font();
+  int wanted = DataGrid->itemDelegate()->sizeHint(option, cell).width();
+  if (wanted > DataGrid->columnWidth(cell.column())) {
+    DataGrid->setColumnWidth(cell.column(), wanted);
+  }
+}
+
+bool EditorState::DataGridKey(QKeyEvent* event, QWidget* editor) {
   int key = event->key();
   if (key >= Qt::Key_F1 && key <= Qt::Key_F9) {
     int index = key - Qt::Key_F1 + 1;
-    if (editing) {
+    if (editor) {
       // The typed text is kept before the add moves the current row.
-      auto* editor = qobject_cast<QWidget*>(QApplication::focusWidget());
       auto* delegate = DataGrid->itemDelegate();
-      if (editor) {
-        emit delegate->commitData(editor);
-        emit delegate->closeEditor(editor);
-      }
+      emit delegate->commitData(editor);
+      emit delegate->closeEditor(editor);
     }
-    if (index <= static_cast<int>(cmdAdd.size())) Guarded([&]() { AddButtonClicked(index); });
+    if (index <= static_cast<int>(cmdAdd.size())) AddButtonClicked(index);
     return true;
   }
-  if (editing) return false;
+  if (editor) return false;
   if (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space) {
     StartEdit();
     return true;
@@ -269,12 +285,12 @@ bool EditorState::DataGridKey(QKeyEvent* event, bool editing) {
     return true;
   }
   if (event->matches(QKeySequence::Paste)) {
-    Guarded([this]() { Paste(); });
+    Paste();
     return true;
   }
   // The Delete key is the Delete button: it asks first, and the title row has none.
   if (key == Qt::Key_Delete && cmdDelete->isEnabled()) {
-    Guarded([this]() { DeleteDataItem(); });
+    DeleteDataItem();
     return true;
   }
   return false;
@@ -300,7 +316,7 @@ void EditorState::DeleteDataItem() {
   auto item = CurrentItem();
   grid->RemoveRow(grid->index(current.row(), 0, current.parent()));
   if (item) popup->RemoveItem(item);
-  SetDataChanged(true);
+  Edited();
   DataGrid->setCurrentIndex(above.isValid() ? above : grid->TitleIndex());
   if (CurrentIsTitle()) cmdDelete->setEnabled(false);
 }

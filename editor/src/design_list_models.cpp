@@ -76,7 +76,8 @@ bool LevelListModel::setData(const QModelIndex& index, const QVariant& value, in
   if (!index.isValid() || role != Qt::EditRole) return false;
   auto& level = levels_[static_cast<size_t>(index.row())];
   std::string text = ToUtf8(value.toString());
-  if (text != level->Question().ToText()) level->Question(Variant(text));
+  if (text == level->Question().ToText()) return true;
+  level->Question(Variant(text));
   emit dataChanged(index, index);
   return true;
 }
@@ -92,8 +93,9 @@ void FieldListModel::Reset(List fields) {
 void FieldListModel::AppendNew() {
   int row = rowCount();
   beginInsertRows({}, row, row);
+  // Both cells start empty: a length must be typed before the design passes.
   fields_.push_back(std::make_shared<PopupField>());
-  length_texts_.push_back("0");
+  length_texts_.emplace_back();
   endInsertRows();
 }
 
@@ -143,8 +145,10 @@ bool FieldListModel::setData(const QModelIndex& index, const QVariant& value, in
   auto& field = fields_[row];
   std::string text = ToUtf8(value.toString());
   if (index.column() == 0) {
-    if (text != field->Name()) field->Name(text);
+    if (text == field->Name()) return true;
+    field->Name(text);
   } else {
+    if (text == length_texts_[row]) return true;
     length_texts_[row] = text;
     double length = LeadingNumber(text);
     bool fits = std::abs(length) <= std::numeric_limits<int16_t>::max();

@@ -1,5 +1,6 @@
 // The design view: the title box, the level and field grids with their
 // buttons and edit checks, and the key-step box.
+#include <QApplication>
 #include <QComboBox>
 #include <QEvent>
 #include <QHeaderView>
@@ -35,49 +36,71 @@ void MakeCurrent(QTableView* view, int grid_row) {
 }  // namespace
 
 void EditorState::ConnectDesignView() {
-  connect(txtTitle, &QLineEdit::textChanged, this, [this]() { TitleChanged(); });
-  connect(cmdAddLevels, &QPushButton::clicked, this, [this]() { AddLevelRow(); });
-  connect(cmdDeleteLevels, &QPushButton::clicked, this, [this]() { DeleteLevelRow(); });
-  connect(cmdAddField, &QPushButton::clicked, this, [this]() { AddFieldRow(); });
-  connect(cmdDeleteField, &QPushButton::clicked, this, [this]() { DeleteFieldRow(); });
-  connect(cmdUp, &QToolButton::clicked, this, [this]() { MoveField(-1); });
-  connect(cmdDown, &QToolButton::clicked, this, [this]() { MoveField(1); });
+  On(txtTitle, &QLineEdit::textChanged, [this]() { TitleChanged(); });
+  On(cmdAddLevels, &QPushButton::clicked, [this]() { AddLevelRow(); });
+  On(cmdDeleteLevels, &QPushButton::clicked, [this]() { DeleteLevelRow(); });
+  On(cmdAddField, &QPushButton::clicked, [this]() { AddFieldRow(); });
+  On(cmdDeleteField, &QPushButton::clicked, [this]() { DeleteFieldRow(); });
+  On(cmdUp, &QToolButton::clicked, [this]() { MoveField(-1); });
+  On(cmdDown, &QToolButton::clicked, [this]() { MoveField(1); });
 
   auto* levels = new EditDelegate(grdLevels);
-  levels->SetRefuse([this](const QModelIndex&, QString& text) { return LevelEditRefused(text); });
+  levels->SetRefuse([this](const QModelIndex&, QString& text) {
+    bool refused = true;
+    Guarded([&]() { refused = LevelEditRefused(text); });
+    return refused;
+  });
   grdLevels->setItemDelegate(levels);
   auto* fields = new EditDelegate(grdFields);
   fields->SetAfterEdit([this](const QModelIndex&) { SetDataChanged(true); });
   grdFields->setItemDelegate(fields);
 
-  connect(grdLevels->selectionModel(), &QItemSelectionModel::currentChanged, this,
-          [this](const QModelIndex& current) { LevelRowEntered(current.row() + 1); });
-  connect(grdLevels, &QTableView::clicked, this,
-          [this](const QModelIndex& index) { LevelRowEntered(index.row() + 1); });
-  connect(grdFields->selectionModel(), &QItemSelectionModel::currentChanged, this,
-          [this](const QModelIndex& current) { FieldRowEntered(current.row() + 1); });
-  connect(grdFields, &QTableView::clicked, this,
-          [this](const QModelIndex& index) { FieldRowEntered(index.row() + 1); });
+  On(grdLevels->selectionModel(), &QItemSelectionModel::currentChanged,
+     [this](const QModelIndex& current) { LevelRowEntered(current.row() + 1); });
+  On(grdLevels, &QTableView::clicked,
+     [this](const QModelIndex& index) { LevelRowEntered(index.row() + 1); });
+  On(grdFields->selectionModel(), &QItemSelectionModel::currentChanged,
+     [this](const QModelIndex& current) { FieldRowEntered(current.row() + 1); });
+  On(grdFields, &QTableView::clicked,
+     [this](const QModelIndex& index) { FieldRowEntered(index.row() + 1); });
   // A model reset (a reload of the design view) leaves no row current.
-  connect(LevelList, &QAbstractItemModel::modelReset, this,
-          [this]() { cmdDeleteLevels->setEnabled(false); });
-  connect(FieldList, &QAbstractItemModel::modelReset, this, [this]() {
+  On(LevelList, &QAbstractItemModel::modelReset, [this]() { cmdDeleteLevels->setEnabled(false); });
+  On(FieldList, &QAbstractItemModel::modelReset, [this]() {
     cmdUp->setEnabled(false);
     cmdDown->setEnabled(false);
   });
+  // Every change of the working lists is unsaved work; a reload is none.
+  for (QAbstractItemModel* list : {static_cast<QAbstractItemModel*>(LevelList),
+                                   static_cast<QAbstractItemModel*>(FieldList)}) {
+    On(list, &QAbstractItemModel::rowsInserted, [this]() { SetModified(true); });
+    On(list, &QAbstractItemModel::rowsRemoved, [this]() { SetModified(true); });
+    On(list, &QAbstractItemModel::dataChanged, [this]() { SetModified(true); });
+  }
 
   cboStep->installEventFilter(this);
   if (cboStep->lineEdit()) cboStep->lineEdit()->installEventFilter(this);
 }
 
 bool EditorState::eventFilter(QObject* watched, QEvent* event) {
+  bool handled = false;
+  Guarded([&]() { handled = FilterEvent(watched, event); });
+  return handled;
+}
+
+bool EditorState::FilterEvent(QObject* watched, QEvent* event) {
   if (watched == grdFields->viewport() && event->type() == QEvent::Resize) SizeFieldColumns();
   if (event->type() == QEvent::KeyPress) {
     auto* key = static_cast<QKeyEvent*>(event);
-    if (watched == static_cast<QObject*>(DataGrid)) return DataGridKey(key, false);
+    if (watched == static_cast<QObject*>(DataGrid)) {
+      // A key an open editor passed on (Enter ends an edit) reaches the
+      // outline too: it is the editor's, not the outline's.
+      QWidget* focus = QApplication::focusWidget();
+      if (focus && focus != DataGrid && DataGrid->isAncestorOf(focus)) return false;
+      return DataGridKey(key, nullptr);
+    }
     // The in-place editors of the outline sit in its viewport.
     auto* widget = qobject_cast<QWidget*>(watched);
-    if (widget && widget->parentWidget() == DataGrid->viewport()) return DataGridKey(key, true);
+    if (widget && widget->parentWidget() == DataGrid->viewport()) return DataGridKey(key, widget);
   }
   bool step_box = watched == cboStep || (cboStep && watched == cboStep->lineEdit());
   if (step_box && event->type() == QEvent::FocusOut && !Loading) {
@@ -144,7 +167,7 @@ void EditorState::TitleChanged() {
     txtTitle->setFocus();
     return;
   }
-  if (!Loading) SetDataChanged(true);
+  if (!Loading) Edited();
   popup->Title(ToUtf8(text));
 }
 

@@ -3,8 +3,15 @@
 #include <QAbstractItemView>
 #include <QLineEdit>
 #include <QTimer>
+#include <algorithm>
 
 namespace zephyr::editor {
+
+bool HasOpenEditor(const QAbstractItemView& view) {
+  const auto editors = view.viewport()->findChildren<QWidget*>(Qt::FindDirectChildrenOnly);
+  return std::any_of(editors.begin(), editors.end(),
+                     [](const QWidget* editor) { return editor->isVisible(); });
+}
 
 QWidget* EditDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem& option,
                                     const QModelIndex& index) const {
@@ -49,7 +56,8 @@ void EditDelegate::setModelData(QWidget* editor, QAbstractItemModel* model,
     refused_text_ = text;
     QPersistentModelIndex cell(index);
     QTimer::singleShot(0, view, [this, view, cell]() {
-      if (cell.isValid()) {
+      // Unless another edit began meanwhile: the refused one is then given up.
+      if (cell.isValid() && !HasOpenEditor(*view)) {
         view->setCurrentIndex(cell);
         view->edit(cell);
       }

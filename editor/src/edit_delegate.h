@@ -7,7 +7,13 @@
 #include <functional>
 #include <optional>
 
+class QAbstractItemView;
+
 namespace zephyr::editor {
+
+
+// True while an in-place editor is open in the view.
+bool HasOpenEditor(const QAbstractItemView& view);
 
 class EditDelegate : public QStyledItemDelegate {
   Q_OBJECT

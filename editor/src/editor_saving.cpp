@@ -45,6 +45,20 @@ bool CannotSaveTo(const std::string& file) {
   return PathExists(file) && ::access(file.c_str(), W_OK) != 0;
 }
 
+// Logs "Start" once for every call a procedure that walks the tree by
+// calling itself would make: once for the list, then once for the children
+// of each item (of every item, or only of those that have children).
+void LogRecursiveCalls(const char* procedure, PopupItems& items, bool every_item) {
+  DebugLog(kEditModule, procedure, "Start");
+  for (const auto& item : items) {
+    if (item->HasChildren()) {
+      LogRecursiveCalls(procedure, *item->Children(), every_item);
+    } else if (every_item) {
+      DebugLog(kEditModule, procedure, "Start");
+    }
+  }
+}
+
 void MakeCurrentRow(QTableView* view, int row) {
   if (row < 1) return;
   QModelIndex cell = view->model()->index(row - 1, 0);
@@ -83,7 +97,7 @@ bool EditorState::DosFileNameCheck(const std::string& name) {
   return true;
 }
 
-void EditorState::SaveChanges(bool save_as) {
+bool EditorState::SaveChanges(bool save_as) {
   DebugLog(kEditModule, "SaveChanges", "Start");
   if (popup->DataSource().empty() || save_as) {
     while (true) {
@@ -94,7 +108,7 @@ void EditorState::SaveChanges(bool save_as) {
       request.file_name = popup->DataSource();
       request.default_extension = "zpt";
       std::string chosen = request.file_name;
-      if (!ShowSave(*file_dialog, chosen, request)) return;
+      if (!ShowSave(*file_dialog, chosen, request)) return false;
       if (!DosFileNameCheck(GetBaseName(chosen))) continue;
       DebugLog(kSaveChangesModule, "SaveChanges", "Return Dialogue =" + chosen);
       DebugLog(kSaveChangesModule, "SaveChanges", "PopupPath=" + GetFolder(chosen));
@@ -108,19 +122,21 @@ void EditorState::SaveChanges(bool save_as) {
     Tell(
         "You do not have File Access to the file or folder you are saving to. Please contact you "
         "system Administrator for assistance.");
-    return;
+    return false;
   }
   DebugLog(kSaveChangesModule, "SaveChanges", "Call SaveData");
-  SaveData();
-  SourcePath = popup->PopupPath();
-  SourceFile = popup->DataSource();
+  bool wrote = SaveData();
+  // The component clears its flag whether or not SaveData wrote; the
+  // unsaved work is gone only when it did.
   SetDataChanged(false);
+  if (wrote) SetModified(false);
+  return wrote;
 }
 
-void EditorState::SaveData() {
+bool EditorState::SaveData() {
   DebugLog(kEditModule, "SaveData", "Start");
   if (tbsZephyrPopup->currentIndex() == kDesignTab) {
-    if (!Validate()) return;
+    if (!Validate()) return false;
     SaveDesign();
   }
   popup->WriteTemplate();
@@ -132,10 +148,16 @@ void EditorState::SaveData() {
   }
   popup->SaveClose();
   ResizeControls();
+  return true;
 }
 
 void EditorState::SaveDesign() {
   DebugLog(kEditModule, "SaveDesign", "Start");
+  // The items are about to change under an outline the design view hides:
+  // what it showed stays what it prints.
+  if (!DataMode && (FieldsChanged || LevelsChanged) && !printed_outline) {
+    printed_outline = ShownOutline();
+  }
   if (FieldsChanged) ChangeFields();
   if (LevelsChanged) ChangeLevels();
   LoadTemplateData();
@@ -168,8 +190,12 @@ void EditorState::ChangeLevels() {
 }
 
 void EditorState::LevelChangeKeyFormat(const std::shared_ptr<PopupItems>& items) {
-  DebugLog(kEditModule, "LevelChangeKeyFormat", "Start");
-  if (items) FormatKeysToLevels(*items, popup->Levels());
+  if (!items) {
+    DebugLog(kEditModule, "LevelChangeKeyFormat", "Start");
+    return;
+  }
+  if (DebugLogEnabled()) LogRecursiveCalls("LevelChangeKeyFormat", *items, false);
+  FormatKeysToLevels(*items, popup->Levels());
 }
 
 void EditorState::SaveLevelsCol() {
@@ -185,7 +211,7 @@ void EditorState::ChangeFields() {
   DebugLog(kEditModule, "ChangeFields", "Start");
   std::vector<int16_t> map;
   for (const auto& field : FieldList->Fields()) map.push_back(field->InitialIndex());
-  DebugLog(kEditModule, "ReOrderFields", "Start");
+  if (DebugLogEnabled()) LogRecursiveCalls("ReOrderFields", *popup->PopupItems(), true);
   ReorderValues(*popup->PopupItems(), map);
   SaveFieldsCol();
 }

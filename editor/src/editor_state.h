@@ -5,6 +5,7 @@
 #define ZEPHYR_EDITOR_EDITOR_STATE_H_
 
 #include <QObject>
+#include <QTimer>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,6 +15,7 @@
 #include "zephyr/editor/design_list_models.h"
 #include "zephyr/editor/new_key_prompt.h"
 #include "zephyr/editor/popup_control_edit.h"
+#include "outline_printer.h"
 #include "zephyr/support/errors.h"
 
 class QAction;
@@ -25,7 +27,6 @@ class QLineEdit;
 class QMenu;
 class QPushButton;
 class QTableView;
-class QTimer;
 class QPrinter;
 class QToolButton;
 class QTreeView;
@@ -66,6 +67,10 @@ class EditorState : public QObject {
   void ResizeControls();
   void SizeFieldColumns();
   void SetDataChanged(bool changed);
+  // Unsaved work: set by every change of the popup, cleared by a save that wrote.
+  void SetModified(bool modified);
+  // A change the user made: both unsaved work and the component's DataChanged.
+  void Edited();
   MessageAnswer Tell(const std::string& prompt, MessageButtons buttons = MessageButtons::kOk,
                      const std::string& title = {}, MessageIcon icon = MessageIcon::kNone,
                      int default_button = 1);
@@ -105,7 +110,10 @@ class EditorState : public QObject {
   int MaxEditLength(const QModelIndex& cell);
   bool DataEditRefused(const QModelIndex& cell, QString& text);
   void DataAfterEdit(const QModelIndex& cell, const QString& text);
-  bool DataGridKey(QKeyEvent* event, bool editing);
+  // A key pressed in the outline, or in the in-place editor open on it.
+  bool DataGridKey(QKeyEvent* event, QWidget* editor);
+  // Widens a value's column when the cell's text no longer fits.
+  void WidenColumnFor(const QModelIndex& cell);
   // Find: shows only the rows matching the text, with their ancestors.
   void ApplyFind();
 
@@ -117,33 +125,55 @@ class EditorState : public QObject {
                                               const std::string& after_code);
   int16_t GetNewKey(const PopupItems& siblings, int16_t step, const std::string& after_code);
   int16_t AskNewKey(const PopupItems& siblings);
+  // The key step: the step box's text as a 16-bit integer (type mismatch
+  // when it is no number).
   int16_t KeyStep() const;
   void AddGridRow(const QModelIndex& parent_row, const std::shared_ptr<PopupItem>& item);
   std::shared_ptr<PopupItem> AddSiblingItem(const std::shared_ptr<PopupItem>& current);
   QModelIndex ParentRowOf(const PopupItem& item);
   void CopyPopupItem();
   void CopyPopupItemW_Children();
+  // One "Start" line for each call Add2GridCopy makes to itself over a copy.
+  void LogAdd2GridCopy(PopupItem& item);
   void CloneNewItem(const std::shared_ptr<PopupItem>& target,
                     const std::shared_ptr<PopupItem>& source);
   void Paste();
   void CopyToClipboard();
-  // Runs a user's command; an error it raises is told, not thrown on.
+  // The item this editor put on the clipboard, when the clipboard still holds
+  // it and it may be pasted beside the current row (a copy goes beside items
+  // of its own level); null otherwise.
+  std::shared_ptr<PopupItem> PasteSource();
+
+  // Everything Qt calls into the editor runs through Guarded: an error is
+  // told through the message box and goes no further, so nothing unwinds
+  // through the event loop. True when the command ran to its end.
   template <typename Command>
-  void Guarded(Command&& command);
+  bool Guarded(Command&& command);
+  void ReportError(const std::exception& error);
+  // Connects a signal to a handler that runs guarded.
+  template <typename Sender, typename Signal, typename Handler>
+  void On(Sender* sender, Signal signal, Handler handler);
+  // Runs a handler guarded once control is back in the event loop, unless
+  // the context object is gone by then.
+  template <typename Handler>
+  void Later(QObject* context, Handler handler);
 
   // --- workbooks ---
   std::optional<std::string> PickWorkbook();
   void ImportFromExcel();
-  void ExportToExcel();
+  // The workbook written, or empty.
+  std::string ExportToExcel();
 
   // --- printing ---
   bool PrintOutline(QPrinter& printer);
+  // The outline's headings and shown rows, as printing lays them out.
+  std::pair<QStringList, std::vector<PrintedRow>> ShownOutline() const;
 
   // --- validation and saving ---
   bool Validate();
   bool DosFileNameCheck(const std::string& name);
-  void SaveChanges(bool save_as);
-  void SaveData();
+  bool SaveChanges(bool save_as);
+  bool SaveData();
   void SaveDesign();
   void ChangeLevels();
   void LevelChangeKeyFormat(const std::shared_ptr<PopupItems>& items);
@@ -152,6 +182,7 @@ class EditorState : public QObject {
   void SaveFieldsCol();
 
   bool eventFilter(QObject* watched, QEvent* event) override;
+  bool FilterEvent(QObject* watched, QEvent* event);
 
   PopupControlEdit* q;
 
@@ -160,6 +191,7 @@ class EditorState : public QObject {
   std::string SourceFile;
   bool DataMode = false;
   bool DataChanged = false;
+  bool modified = false;
   bool Loading = false;
   bool Opening = false;
   bool FieldsChanged = false;
@@ -170,6 +202,11 @@ class EditorState : public QObject {
   // The level and parent the next new item receives.
   int16_t AddLevel = 0;
   std::shared_ptr<PopupItem> AddParent;
+  // What this editor last put on the clipboard: the copied item's identity.
+  int32_t copied_identity = 0;
+  // What the outline showed when the design view took over and the popup's
+  // items then changed under it: printing shows the outline as it was.
+  std::optional<std::pair<QStringList, std::vector<PrintedRow>>> printed_outline;
 
   std::shared_ptr<PopupClass> popup;
 
@@ -226,17 +263,31 @@ class EditorState : public QObject {
 };
 
 template <typename Command>
-void EditorState::Guarded(Command&& command) {
+bool EditorState::Guarded(Command&& command) {
   try {
     command();
-  } catch (const Error& error) {
-    Tell("Run-time error '" + std::to_string(error.Number()) + "':\r\n\r\n" + error.Description(),
-         MessageButtons::kOk, {}, MessageIcon::kCritical);
+    return true;
   } catch (const std::exception& error) {
-    // Nothing may unwind through the event loop.
-    Tell(std::string("Unexpected error: ") + error.what(), MessageButtons::kOk, {},
-         MessageIcon::kCritical);
+    ReportError(error);
+  } catch (...) {
+    ReportError(std::runtime_error("an unknown error"));
   }
+  return false;
+}
+
+template <typename Sender, typename Signal, typename Handler>
+void EditorState::On(Sender* sender, Signal signal, Handler handler) {
+  // The return type takes only the arguments the handler takes, so that
+  // Qt passes only those of the signal's.
+  connect(sender, signal, this,
+          [this, handler](const auto&... arguments) -> decltype(handler(arguments...), void()) {
+            Guarded([&]() { handler(arguments...); });
+          });
+}
+
+template <typename Handler>
+void EditorState::Later(QObject* context, Handler handler) {
+  QTimer::singleShot(0, context, [this, handler]() { Guarded(handler); });
 }
 
 }  // namespace zephyr::editor

@@ -4,6 +4,7 @@
 #include <QPushButton>
 #include <QSettings>
 #include <filesystem>
+#include <utility>
 
 #include "editor_state.h"
 #include "levels_dialog.h"
@@ -39,6 +40,30 @@ QSettings ImportSettings() {
 }
 constexpr const char* kLastImportFolder = "Import/LastFolder";
 
+// A popup of the same name and design as `popup`, without its items: the
+// import compares the sheet with the design and replaces every item.
+std::shared_ptr<PopupClass> WithDesignOf(PopupClass& popup) {
+  auto copy = std::make_shared<PopupClass>();
+  copy->PopupPath(popup.PopupPath());
+  copy->DataSource(popup.DataSource());
+  copy->Title(popup.Title());
+  std::vector<PopupClass::LevelSpec> levels;
+  for (const auto& level : *popup.PopupLevels()) {
+    levels.push_back({level->Question(), level->IntialIndex()});
+  }
+  copy->ReplaceLevels(levels);
+  std::vector<PopupClass::FieldSpec> fields;
+  bool key_field = true;
+  for (const auto& field : *popup.PopupFields()) {
+    if (std::exchange(key_field, false)) continue;
+    fields.push_back(
+        {field->Name(), field->FieldLength(), field->StartCharPos(), field->InitialIndex()});
+  }
+  copy->ReplaceFields(fields);
+  copy->Levels(popup.Levels());
+  return copy;
+}
+
 }  // namespace
 
 std::optional<std::string> EditorState::PickWorkbook() {
@@ -71,7 +96,14 @@ void EditorState::ImportFromExcel() {
   progress->Show();
   DialogLevelPrompt levels(q, messages);
   excel::ImportUi ui{*messages, *progress, levels};
-  if (excel::ExcelImport(*popup, *workbook, ui)) {
+  // The import fills a stand-in that replaces the popup only once it has
+  // succeeded: an import that fails half-way leaves the popup as it was.
+  auto imported = WithDesignOf(*popup);
+  imported->SetMessageBox(messages);
+  imported->SetProgress(progress);
+  if (excel::ExcelImport(*imported, *workbook, ui)) {
+    popup = std::move(imported);
+    copied_identity = 0;
     LoadTemplateData();
     if (DataMode) {
       LoadDataMode();  // refills the outline
@@ -80,16 +112,16 @@ void EditorState::ImportFromExcel() {
       LoadDataGrid();
       LoadDesignMode();
     }
-    SetDataChanged(true);
+    Edited();
   }
   SizeFieldColumns();
 }
 
-void EditorState::ExportToExcel() {
+std::string EditorState::ExportToExcel() {
   DebugLog(kEditModule, "cmdExport_Click", "Start");
   // The workbook shows the design as edited, so it is checked and applied first.
   if (!DataMode) {
-    if (!Validate()) return;
+    if (!Validate()) return {};
     SaveDesign();
   }
   FileDialogRequest request;
@@ -99,10 +131,11 @@ void EditorState::ExportToExcel() {
   request.file_name = popup->DataSource().empty() ? std::string() : popup->DataSource() + ".xlsx";
   request.default_extension = "xlsx";
   std::string path;
-  if (!ShowSave(*file_dialog, path, request)) return;
+  if (!ShowSave(*file_dialog, path, request)) return {};
   excel::ExportReport report = excel::ExportToWorkbook(*popup, path);
   Tell(ExportSummary(report, path), MessageButtons::kOk, "Export To Excel",
        report.cannot_round_trip.empty() ? MessageIcon::kInformation : MessageIcon::kExclamation);
+  return path;
 }
 
 }  // namespace zephyr::editor

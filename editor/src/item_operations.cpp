@@ -26,9 +26,7 @@ int CodeOf(const PopupItem& item) {
 }  // namespace
 
 int16_t EditorState::KeyStep() const {
-  double step = 0;
-  ParseNumber(ToUtf8(cboStep->currentText()), &step);
-  return ToInt16Checked(step);
+  return TextToInt16(ToUtf8(cboStep->currentText()));
 }
 
 int16_t EditorState::GetNewKey(const PopupItems& siblings, int16_t step,
@@ -89,10 +87,12 @@ std::shared_ptr<PopupItem> EditorState::AddpopupDataItem(
 
 void EditorState::AddGridRow(const QModelIndex& parent_row,
                              const std::shared_ptr<PopupItem>& item) {
-  // The outline is in code order, so the new row goes straight to its place.
+  // Where Sort_Tree would put it: it then has only what edits unsorted to order.
   QModelIndex row = grid->InsertRowInOrder(parent_row, item->Identity());
   DataGrid->expand(row.parent());
+  SortTree();
   SelectItemRow(item);
+  SetModified(true);
 }
 
 void EditorState::AddChild() {
@@ -174,7 +174,9 @@ void EditorState::CopyPopupItemW_Children() {
   CloneNewItem(added, source);
   popup->ModifyKey(code, added, added->Level());
   QModelIndex row = grid->AppendRow(ParentRowOf(*added), added->Identity());
+  LogAdd2GridCopy(*added);
   grid->AppendBranch(row, *added);
+  SetModified(true);
   SortTree();
   QModelIndex copied = grid->IndexOfIdentity(added->Identity());
   DataGrid->expand(copied.parent());
@@ -205,11 +207,21 @@ void EditorState::CloneNewItem(const std::shared_ptr<PopupItem>& target,
   }
 }
 
+void EditorState::LogAdd2GridCopy(PopupItem& item) {
+  // Add2GridCopy calls itself for each copied item that has children.
+  DebugLog(kEditModule, "Add2GridCopy", "Start");
+  if (!item.HasChildren()) return;
+  for (const auto& child : *item.Children()) {
+    if (child->HasChildren()) LogAdd2GridCopy(*child);
+  }
+}
+
 void EditorState::Paste() {
   DebugLog(kEditModule, "mnuPaste_Click", "Start");
-  double number = 0;
-  if (!ParseNumber(clipboard->Text(), &number)) return;
-  popup->SetSelectedItem(std::to_string(ToInt32Checked(number)));
+  // Paste obeys the rule that enables its menu item, whichever way it is asked.
+  auto source = PasteSource();
+  if (!source) return;
+  popup->SetSelectedItem(std::to_string(source->Identity()));
   auto copied = popup->SelectedItem();
   if (!copied) return;
   std::shared_ptr<PopupItem> pasted;
@@ -222,12 +234,14 @@ void EditorState::Paste() {
     pasted = popup->PopupItems()->Add(copied->PopupKey());
   }
   ItemAccess::SetLevel(*pasted, copied->Level());
+  SetModified(true);
   LoadDataGrid();
 }
 
 void EditorState::CopyToClipboard() {
   if (auto item = CurrentItem(); item && !CurrentIsTitle()) {
     clipboard->SetText(std::to_string(item->Identity()));
+    copied_identity = item->Identity();
     EnableDisable();
   }
 }

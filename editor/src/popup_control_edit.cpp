@@ -193,13 +193,13 @@ void EditorState::BuildControls() {
   // Ctrl+PgUp / Ctrl+PgDown switch views as a click on the tabs does.
   auto* previous = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_PageUp), q);
   previous->setContext(Qt::WidgetWithChildrenShortcut);
-  connect(previous, &QShortcut::activated, q, [this]() { q->ShowView(false); });
+  On(previous, &QShortcut::activated, [this]() { q->ShowView(false); });
   auto* next = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_PageDown), q);
   next->setContext(Qt::WidgetWithChildrenShortcut);
-  connect(next, &QShortcut::activated, q, [this]() { q->ShowView(true); });
+  On(next, &QShortcut::activated, [this]() { q->ShowView(true); });
   auto* find = new QShortcut(QKeySequence::Find, q);
   find->setContext(Qt::WidgetWithChildrenShortcut);
-  connect(find, &QShortcut::activated, q, &PopupControlEdit::FocusFind);
+  On(find, &QShortcut::activated, [this]() { q->FocusFind(); });
   DataGrid = Named(new QTreeView(FraDataMode), "DataGrid");
   DataGrid->setModel(grid);
   DataGrid->setSelectionBehavior(QAbstractItemView::SelectItems);
@@ -228,20 +228,50 @@ void EditorState::BuildControls() {
   mnuPaste = NamedAction(mnuPopupAction, "mnuPaste", "Paste");
   mnuDelete = NamedAction(mnuPopupAction, "mnuDelete", "Delete");
 
-  connect(cmdImport, &QPushButton::clicked, this,
-          [this]() { Guarded([this]() { ImportFromExcel(); }); });
-  connect(cmdExport, &QPushButton::clicked, this,
-          [this]() { Guarded([this]() { ExportToExcel(); }); });
+  On(cmdImport, &QPushButton::clicked, [this]() { ImportFromExcel(); });
+  On(cmdExport, &QPushButton::clicked, [this]() { ExportToExcel(); });
   ConnectDesignView();
   ConnectDataView();
-  tbsZephyrPopup->SetBeforeClick([this](int target) { return TabBeforeClick(target); });
-  connect(tbsZephyrPopup, &QTabBar::currentChanged, this, [this](int index) { TabClick(index); });
+  // A check that fails with an error keeps the view, as a failed validation does.
+  tbsZephyrPopup->SetBeforeClick([this](int target) {
+    bool refused = true;
+    Guarded([&]() { refused = TabBeforeClick(target); });
+    return refused;
+  });
+  On(tbsZephyrPopup, &QTabBar::currentChanged, [this](int index) { TabClick(index); });
 }
 
 void EditorState::SetDataChanged(bool changed) {
   if (DataChanged == changed) return;
   DataChanged = changed;
   emit q->DataChangedChanged(changed);
+}
+
+void EditorState::SetModified(bool changed) {
+  if (modified == changed) return;
+  modified = changed;
+  emit q->modifiedChanged(changed);
+}
+
+void EditorState::Edited() {
+  SetModified(true);
+  SetDataChanged(true);
+}
+
+void EditorState::ReportError(const std::exception& error) {
+  std::string text;
+  if (const auto* known = dynamic_cast<const Error*>(&error)) {
+    text = "Run-time error '" + std::to_string(known->Number()) + "':\r\n\r\n" +
+           known->Description();
+  } else {
+    text = std::string("Unexpected error: ") + error.what();
+  }
+  // Telling must not fail in turn: this runs where nothing may be thrown.
+  try {
+    Tell(text, MessageButtons::kOk, {}, MessageIcon::kCritical);
+  } catch (...) {
+    qCritical("%s", text.c_str());
+  }
 }
 
 MessageAnswer EditorState::Tell(const std::string& prompt, MessageButtons buttons,
@@ -256,21 +286,29 @@ MessageAnswer EditorState::Tell(const std::string& prompt, MessageButtons button
 }
 
 void EditorState::OpenPopup(const std::string& path, const std::string& file) {
+  // A popup that fails to open leaves the editor as it was: the new popup is
+  // read before it replaces the current one, and the names are kept.
+  std::string source_path = path.empty() ? SourcePath : path;
+  std::string source_file = file.empty() ? SourceFile : file;
+  auto opened = std::make_shared<PopupClass>();
+  opened->SetMessageBox(messages);
+  opened->SetProgress(progress);
+  opened->PopupPath(source_path);
+  opened->DataSource(source_file);
+  if (!source_file.empty()) opened->OpenPopup();
+
   Opening = true;
   filled_while_opening = false;
   struct OpeningDone {
     bool& flag;
     ~OpeningDone() { flag = false; }
   } done{Opening};
-  if (!path.empty()) SourcePath = path;
-  if (!file.empty()) SourceFile = file;
-  popup = std::make_shared<PopupClass>();
-  popup->SetMessageBox(messages);
-  popup->SetProgress(progress);
-  popup->PopupPath(SourcePath);
-  popup->DataSource(SourceFile);
+  SourcePath = std::move(source_path);
+  SourceFile = std::move(source_file);
+  popup = std::move(opened);
+  copied_identity = 0;
+  SetModified(false);
   if (!SourceFile.empty()) {
-    popup->OpenPopup();
     LoadTemplateData();
     LoadDesignMode();
     tbsZephyrPopup->SelectTab(kDataTab);
@@ -289,8 +327,9 @@ void EditorState::LoadDesignMode() {
   Loading = true;
   DataMode = false;
   FillDesignGrids();
-  fraDesignMode->setVisible(true);
+  // One view at a time: both shown at once would make the window as tall as both.
   FraDataMode->setVisible(false);
+  fraDesignMode->setVisible(true);
   Loading = false;
   ResizeControls();
   SizeFieldColumns();
@@ -299,12 +338,13 @@ void EditorState::LoadDesignMode() {
 void EditorState::LoadDataMode() {
   emit q->BeforeDataMode();
   Loading = true;
+  fraDesignMode->setVisible(false);
   FraDataMode->setVisible(true);
-  if (cboStep->currentIndex() < 0 && cboStep->currentText().isEmpty()) cboStep->setCurrentIndex(5);
+  // A step that is none of the list's entries falls back to "10".
+  if (cboStep->findText(cboStep->currentText()) < 0) cboStep->setCurrentIndex(5);
   ResizeControls();
   DataGrid->setCurrentIndex(grid->TitleIndex());
   EnableDisable();
-  fraDesignMode->setVisible(false);
   Loading = false;
   ResizeControls();
   LoadDataGrid();
@@ -409,14 +449,18 @@ void EditorState::EnableDisable() {
       mnucopywithchildren->setEnabled(false);
     }
   }
-  // A copied item is pasted beside items of its own level.
-  bool paste = false;
-  double number = 0;
-  if (!CurrentIsTitle() && ParseNumber(clipboard->Text(), &number)) {
-    auto copied = FindItemByIdentity(static_cast<int32_t>(number));
-    paste = copied && copied->Level() == current_level;
-  }
-  mnuPaste->setEnabled(paste);
+  mnuPaste->setEnabled(PasteSource() != nullptr);
+}
+
+std::shared_ptr<PopupItem> EditorState::PasteSource() {
+  if (copied_identity == 0 || CurrentIsTitle()) return nullptr;
+  // Only what this editor copied: a number from anywhere else is no item of ours.
+  if (clipboard->Text() != std::to_string(copied_identity)) return nullptr;
+  auto copied = FindItemByIdentity(copied_identity);
+  if (!copied) return nullptr;
+  QModelIndex current = DataGrid->currentIndex();
+  auto item = grid->ItemAt(current.siblingAtColumn(0));
+  return item && copied->Level() == item->Level() ? copied : nullptr;
 }
 
 }  // namespace zephyr::editor
@@ -425,6 +469,7 @@ namespace zephyr::editor {
 
 PopupControlEdit::PopupControlEdit(QWidget* parent)
     : QWidget(parent), state_(std::make_unique<EditorState>(this)) {
+  // Loading until the first view is loaded (by OpenPopup).
   state_->Loading = true;
   DebugLog(kInitializeModule, "UserControl_Initialize",
            "V" + std::to_string(ZEPHYR_VERSION_MAJOR) + "." + std::to_string(ZEPHYR_VERSION_MINOR) +
@@ -433,14 +478,19 @@ PopupControlEdit::PopupControlEdit(QWidget* parent)
   state_->BuildControls();
   state_->popup->SetMessageBox(state_->messages);
   state_->popup->SetProgress(state_->progress);
-  state_->LoadTemplateData();
-  state_->LoadDesignMode();
 }
 
-PopupControlEdit::~PopupControlEdit() = default;
+PopupControlEdit::~PopupControlEdit() {
+  // The views go before the models they show, which the state owns: an
+  // editor still open would otherwise be committed into a model already gone.
+  qDeleteAll(findChildren<QWidget*>(Qt::FindDirectChildrenOnly));
+}
 
 bool PopupControlEdit::DataChanged() const {
   return state_->DataChanged;
+}
+bool PopupControlEdit::Modified() const {
+  return state_->modified;
 }
 bool PopupControlEdit::DataMode() const {
   return state_->DataMode;
@@ -481,8 +531,8 @@ bool PopupControlEdit::ShowView(bool DataView) {
 void PopupControlEdit::Sort_Tree() {
   state_->SortTree();
 }
-void PopupControlEdit::SaveChanges(bool SaveAs) {
-  state_->SaveChanges(SaveAs);
+bool PopupControlEdit::SaveChanges(bool SaveAs) {
+  return state_->SaveChanges(SaveAs);
 }
 void PopupControlEdit::SaveDesign() {
   state_->SaveDesign();
@@ -493,8 +543,8 @@ void PopupControlEdit::ChangeFields() {
 void PopupControlEdit::LevelChangeKeyFormat(const std::shared_ptr<PopupItems>& Popupitems) {
   state_->LevelChangeKeyFormat(Popupitems);
 }
-void PopupControlEdit::SaveData() {
-  state_->SaveData();
+bool PopupControlEdit::SaveData() {
+  return state_->SaveData();
 }
 bool PopupControlEdit::Validate() {
   return state_->Validate();
@@ -508,17 +558,21 @@ void PopupControlEdit::EditBackColor(uint color) {
 }
 
 void PopupControlEdit::AddChild() {
-  state_->Guarded([this]() { state_->AddChild(); });
+  state_->AddChild();
   state_->EnableDisable();
 }
 
 void PopupControlEdit::AddSibling() {
-  state_->Guarded([this]() { state_->AddSibling(); });
+  state_->AddSibling();
   state_->EnableDisable();
 }
 
+void PopupControlEdit::ReportError(const std::exception& error) {
+  state_->ReportError(error);
+}
+
 void PopupControlEdit::CopyCurrentItem() {
-  if (state_->DataMode) state_->CopyToClipboard();
+  if (state_->DataMode) state_->Guarded([this]() { state_->CopyToClipboard(); });
 }
 
 void PopupControlEdit::PasteItem() {
@@ -526,15 +580,20 @@ void PopupControlEdit::PasteItem() {
 }
 
 void PopupControlEdit::DeleteCurrentItem() {
-  if (state_->DataMode) state_->Guarded([this]() { state_->DeleteDataItem(); });
+  // As the Delete button: the title row has none.
+  if (state_->DataMode && state_->cmdDelete->isEnabled()) {
+    state_->Guarded([this]() { state_->DeleteDataItem(); });
+  }
 }
 
 void PopupControlEdit::ImportWorkbook() {
   state_->Guarded([this]() { state_->ImportFromExcel(); });
 }
 
-void PopupControlEdit::ExportWorkbook() {
-  state_->Guarded([this]() { state_->ExportToExcel(); });
+std::string PopupControlEdit::ExportWorkbook() {
+  std::string written;
+  state_->Guarded([&]() { written = state_->ExportToExcel(); });
+  return written;
 }
 
 void PopupControlEdit::FocusFind() {
@@ -585,7 +644,7 @@ void PopupControlEdit::SetNewKeyPrompt(std::shared_ptr<NewKeyPrompt> prompt) {
 
 void PopupControlEdit::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
-  if (!state_->Loading) state_->ResizeControls();
+  if (!state_->Loading) state_->Guarded([this]() { state_->ResizeControls(); });
 }
 
 }  // namespace zephyr::editor

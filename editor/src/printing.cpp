@@ -21,12 +21,8 @@ constexpr double kMarginInches = 0.5;
 
 }  // namespace
 
-bool EditorState::PrintOutline(QPrinter& printer) {
-  DebugLog(kEditModule, "PrintPopupData", "Start");
-  printer.setDocName(ToQString(popup->Title()));
-  printer.setPageMargins(QMarginsF(kMarginInches, kMarginInches, kMarginInches, kMarginInches),
-                         QPageLayout::Inch);
-  // What the outline holds now, as shown: expanded rows, found rows only.
+std::pair<QStringList, std::vector<PrintedRow>> EditorState::ShownOutline() const {
+  // Expanded rows, found rows only.
   QStringList headings;
   for (int column = 0; column < grid->columnCount(); ++column) {
     headings << grid->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
@@ -40,6 +36,16 @@ bool EditorState::PrintOutline(QPrinter& printer) {
     }
     rows.push_back(std::move(printed));
   }
+  return {headings, std::move(rows)};
+}
+
+bool EditorState::PrintOutline(QPrinter& printer) {
+  DebugLog(kEditModule, "PrintPopupData", "Start");
+  printer.setDocName(ToQString(popup->Title()));
+  printer.setPageMargins(QMarginsF(kMarginInches, kMarginInches, kMarginInches, kMarginInches),
+                         QPageLayout::Inch);
+  // What the outline last held, even when the design view hides it.
+  auto [headings, rows] = printed_outline ? *printed_outline : ShownOutline();
   QPainter painter;
   if (!printer.isValid() || !painter.begin(&printer)) {
     Tell(kPrintFailed);

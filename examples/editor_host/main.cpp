@@ -4,7 +4,9 @@
 // --check opens the popup, prints its title and quits; run it with
 // QT_QPA_PLATFORM=offscreen where there is no display.
 #include <QApplication>
+#include <QCloseEvent>
 #include <QMainWindow>
+#include <QMessageBox>
 #include <QStringList>
 #include <filesystem>
 #include <iostream>
@@ -14,6 +16,34 @@
 #include "zephyr/editor/popup_control_edit.h"
 #include "zephyr/support/errors.h"
 #include "zephyr/support/message_box.h"
+
+namespace {
+
+// Closing asks about work no save has written.
+class HostWindow : public QMainWindow {
+ public:
+  zephyr::editor::PopupControlEdit* editor = nullptr;
+
+ protected:
+  void closeEvent(QCloseEvent* event) override {
+    if (!editor->Modified()) return event->accept();
+    auto answer = QMessageBox::warning(
+        this, QStringLiteral("Unsaved Changes"),
+        QStringLiteral("The popup has unsaved changes. Save them first?"),
+        QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
+    bool may_close = answer == QMessageBox::Discard;
+    if (answer == QMessageBox::Save) {
+      try {
+        may_close = editor->SaveChanges(false);
+      } catch (const zephyr::Error& error) {
+        editor->ReportError(error);
+      }
+    }
+    may_close ? event->accept() : event->ignore();
+  }
+};
+
+}  // namespace
 
 int main(int argc, char** argv) {
   QApplication app(argc, argv);
@@ -25,8 +55,9 @@ int main(int argc, char** argv) {
     return 2;
   }
 
-  QMainWindow window;
+  HostWindow window;
   auto* editor = new zephyr::editor::PopupControlEdit(&window);
+  window.editor = editor;
   window.setCentralWidget(editor);
   // A modal dialog would wait for ever without a user.
   if (check) editor->SetMessageBox(std::make_shared<zephyr::StderrMessageBox>());

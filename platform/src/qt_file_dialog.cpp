@@ -17,12 +17,14 @@ QStringList SplitPatterns(const QString& patterns) {
 QString NameFilter(const QString& description, const QString& pattern) {
   QStringList patterns = SplitPatterns(pattern);
   QString text = description.trimmed();
-  // Qt takes the patterns from the last parentheses, so a description that
-  // already lists them stays as it is.
+  QString joined = patterns.join(QLatin1Char(' '));
+  // Qt takes the patterns from the last parentheses, separated by blanks: a
+  // description that already lists them keeps them, with blanks between.
   static const QRegularExpression listed(QStringLiteral("\\(([^()]*)\\)$"));
   QRegularExpressionMatch match = listed.match(text);
-  if (match.hasMatch() && SplitPatterns(match.captured(1)) == patterns) return text;
-  QString joined = patterns.join(QLatin1Char(' '));
+  if (match.hasMatch() && SplitPatterns(match.captured(1)) == patterns) {
+    return text.left(match.capturedStart(1)) + joined + QLatin1Char(')');
+  }
   if (text.isEmpty()) return joined;
   return text + QStringLiteral(" (") + joined + QLatin1Char(')');
 }

@@ -82,6 +82,8 @@ std::optional<DesignViolation> CheckFields(const std::vector<DesignDraft::Field>
     if (length > kMaxFieldLength) {
       return Broken("Fields Length must be less than 250", DesignPlace::kFields, row);
     }
+    // A column of no width would lose every value typed into it.
+    if (length < 1) return Broken(kFieldLengthBelowOne, DesignPlace::kFields, row);
   }
   if (fields.size() > kMaxDesignFields) {
     return Broken("Only 254 Fields are permited. Please Delete extra Fields", DesignPlace::kFields);

@@ -2,10 +2,12 @@
 // item tree operations, the clipboard and find, driven through the outline.
 // A model tester watches the outline through every change.
 #include <QAbstractItemModelTester>
+#include <QComboBox>
 #include <QLineEdit>
 #include <QPrinter>
 #include <QProcess>
 #include <QPushButton>
+#include <QToolButton>
 #include <QRegularExpression>
 
 #include "editor_fixture.h"
@@ -36,6 +38,28 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     QTest::keyClicks(line, text);
     QTest::keyClick(line, Qt::Key_Return);
     QApplication::processEvents();
+  }
+  // The pages of the outline printed to a PDF file, as text.
+  QStringList PrintedPages() {
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(QString::fromStdString(dir->File("outline.pdf")));
+    if (!editor->PrintPopupData(printer)) return {};
+    QProcess text;
+    text.start("pdftotext", {"-layout", printer.outputFileName(), "-"});
+    if (!text.waitForFinished(30000)) return {};
+    return QString::fromUtf8(text.readAllStandardOutput()).split('\f');
+  }
+  QStringList SavedKeys(const char* table_file) {
+    zephyr::dBase table;
+    table.OpenFile(dir->File(table_file));
+    Variant values = table.GetTableValues();
+    table.CloseFile();
+    QStringList keys;
+    for (int32_t row = 1; row <= values.AsArray()->UBound(2); ++row) {
+      keys << QString::fromStdString(values.AsArray()->At(1, row).ToText());
+    }
+    return keys;
   }
   std::shared_ptr<zephyr::PopupItem> Item(const QModelIndex& row) {
     return zephyr::FindItemByIdentity(row.siblingAtColumn(0).data(Qt::UserRole).toInt());
@@ -68,6 +92,7 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     Type(Row({"10", "20"}), "10");
     QCOMPARE(Prompts(), std::vector<std::string>{"Key already Exists. Please enter a unique key."});
     QCOMPARE(Item(Row({"10", "20"}))->PopupKey(), std::string("1020"));
+    QCOMPARE(QApplication::focusWidget(), Grid());  // the keyboard stays with the outline
     Type(Row({"20", "10"}), "20");  // 20 is free under Bakery
     QCOMPARE(Item(Row({"20", "20"}))->PopupKey(), std::string("2020"));
     QCOMPARE(Prompts().size(), size_t{1});
@@ -81,6 +106,9 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     Type(Row({"10", "10"}, 2), "toolongnote");
     QCOMPARE(Item(Row({"10", "10"}))->PopupValues()->Item(Variant(2))->Value(),
              std::string("toolo"));
+    // A value wider than its column widens it.
+    Type(Row({"10", "10"}, 1), "WWWWWWWWWW");
+    QVERIFY(Grid()->columnWidth(1) > Grid()->fontMetrics().horizontalAdvance("WWWWWWWWWW"));
   }
 
   void deletingTheFirstItemSelectsTheTitleRow() {
@@ -151,6 +179,103 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     QCOMPARE(apples->Parent()->Children()->Count(), 3);
   }
 
+  // Every button, key and menu entry that adds, copies or pastes, while the
+  // runtime refuses each with a duplicate key: the user is told, the popup
+  // and the outline stay as they were, and the host's call still raises.
+  void aRaisingRuntimeNeverEndsTheHost() {
+    zephyr::testing::PopupDesign design;
+    design.questions = {"Group", "Item"};
+    design.fields = {{"Name", 10}};
+    std::vector<zephyr::testing::Row> rows;
+    for (const char* code : {"10", "20", "30", "40", "50", "60", "70", "80", "90"}) {
+      rows.push_back({std::string("  ") + code, "Group"});
+      rows.push_back({std::string("10") + code, "Item"});
+    }
+    zephyr::testing::WritePopupFiles(dir->Path(), "Full", design, rows);
+    editor->OpenPopup(dir->Path(), "Full");
+    Grid()->setFocus();
+    // Every list is full for step 10: the code asked for, 100, is cut to 10.
+    keys->answers.assign(64, "100");
+    const QStringList outline = Outline();
+    auto raised = [&](const char* what) {
+      QVERIFY2(!messages->shown.empty(), what);
+      QCOMPARE(messages->shown.back().prompt.substr(0, 21), std::string("Run-time error '457':"));
+      messages->shown.clear();
+      QCOMPARE(Outline(), outline);
+    };
+    const QPersistentModelIndex title = Grid()->model()->index(0, 0);
+    for (const QPersistentModelIndex& row : {title, QPersistentModelIndex(Row({"10"})),
+                                             QPersistentModelIndex(Row({"10", "10"}))}) {
+      for (const char* button : {"cmdAdd1", "cmdAdd2"}) {
+        Grid()->setCurrentIndex(row);
+        auto* add = Child<QPushButton>(button);
+        if (!add->isEnabled()) continue;
+        QTest::mouseClick(add, Qt::LeftButton);
+        raised(button);
+      }
+      for (Qt::Key key : {Qt::Key_F1, Qt::Key_F2}) {
+        Grid()->setCurrentIndex(row);
+        Grid()->setFocus();
+        QTest::keyClick(Grid(), key);
+        if (row != title || key == Qt::Key_F1) raised("F-key");
+      }
+      if (row == title) continue;
+      for (const char* action : {"mnuAddChild", "mnuAddSibling", "mnuCopywithout",
+                                 "mnucopywithchildren"}) {
+        Grid()->setCurrentIndex(row);
+        if (!Child<QAction>(action)->isEnabled()) continue;
+        Child<QAction>(action)->trigger();
+        raised(action);
+      }
+    }
+    Grid()->setCurrentIndex(Row({"20"}));
+    QTest::keySequence(Grid(), QKeySequence::Copy);
+    Child<QAction>("mnuPaste")->trigger();  // beside itself, under its own key
+    raised("mnuPaste");
+    QVERIFY_THROWS_EXCEPTION(zephyr::Error, editor->AddSibling());
+    Grid()->setCurrentIndex(Row({"10"}));
+    QVERIFY_THROWS_EXCEPTION(zephyr::Error, editor->AddChild());
+    QVERIFY(messages->shown.empty());
+  }
+
+  // Paste takes only what this editor copied, and only beside items of its level.
+  void pasteTakesOnlyThisEditorsCopyAtItsLevel() {
+    Open();
+    auto pears = Item(Row({"10", "20"}));
+    clipboard->text = std::to_string(pears->Identity());  // copied by somebody else
+    Grid()->setCurrentIndex(Row({"10", "10"}));
+    QVERIFY(!Child<QAction>("mnuPaste")->isEnabled());
+    QTest::keySequence(Grid(), QKeySequence::Paste);
+    editor->PasteItem();
+    QCOMPARE(pears->Parent()->Children()->Count(), 2);
+    QVERIFY(messages->shown.empty());
+
+    Grid()->setCurrentIndex(Row({"10", "20"}));
+    QTest::keySequence(Grid(), QKeySequence::Copy);
+    Type(Row({"10", "20"}), "30");  // frees its old key for the copy
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    Grid()->setCurrentIndex(Row({"20"}));  // a group: not Pears' level
+    QVERIFY(!Child<QAction>("mnuPaste")->isEnabled());
+    editor->PasteItem();
+    QCOMPARE(pears->Parent()->Children()->Count(), 2);
+    Grid()->setCurrentIndex(Row({"20", "10"}));
+    QVERIFY(Child<QAction>("mnuPaste")->isEnabled());
+    editor->PasteItem();
+    QCOMPARE(pears->Parent()->Children()->Count(), 3);
+    QVERIFY(editor->Modified());
+  }
+
+  void aKeyStepThatIsNoNumberIsATypeMismatch() {
+    Open();
+    Child<QComboBox>("cboStep")->setEditText("ab");
+    Grid()->setFocus();
+    Grid()->setCurrentIndex(Row({"10"}));
+    QTest::keyClick(Grid(), Qt::Key_F2);
+    QCOMPARE(Prompts().back().substr(0, 20), std::string("Run-time error '13':"));
+    QCOMPARE(Item(Row({"10"}))->Children()->Count(), 2);
+    QCOMPARE(keys->asked, 0);
+  }
+
   void findShowsMatchesWithTheirAncestors() {
     Open();
     auto* find = Child<QLineEdit>("txtFind");
@@ -197,14 +322,7 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     }
     zephyr::testing::WritePopupFiles(dir->Path(), "Long", design, rows);
     editor->OpenPopup(dir->Path(), "Long");
-    QPrinter printer(QPrinter::HighResolution);
-    printer.setOutputFormat(QPrinter::PdfFormat);
-    printer.setOutputFileName(QString::fromStdString(dir->File("outline.pdf")));
-    QVERIFY(editor->PrintPopupData(printer));
-    QProcess text;
-    text.start("pdftotext", {"-layout", printer.outputFileName(), "-"});
-    QVERIFY(text.waitForFinished(30000));
-    const QStringList pages = QString::fromUtf8(text.readAllStandardOutput()).split('\f');
+    const QStringList pages = PrintedPages();
     QVERIFY(pages.size() >= 3);  // two pages and what follows the last form feed
     for (int page = 0; page + 1 < pages.size(); ++page) {
       QVERIFY(pages[page].trimmed().startsWith("Popup Code"));
@@ -219,28 +337,49 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     QVERIFY(lines[item].indexOf("01") > lines[2].indexOf("10"));
     QVERIFY(messages->shown.empty());
 
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setOutputFormat(QPrinter::PdfFormat);
     printer.setOutputFileName(QString::fromStdString(dir->File("missing/outline.pdf")));
+    QTest::ignoreMessage(QtWarningMsg, "QPainter::begin(): Returned false");
     QVERIFY(!editor->PrintPopupData(printer));
     QCOMPARE(Prompts().back(),
              std::string("Print Job Failed. Please make sure your printer is online and working."));
   }
 
+  // Printed from the design view after a save there has changed the items:
+  // the outline as the data view last showed it.
+  void printingShowsWhatTheOutlineLastHeld() {
+    Open();
+    ClickTab(0);
+    Child<QLineEdit>("txtTitle")->setText("Stock");
+    SelectRow("grdFields", 2);
+    QTest::mouseClick(Child<QToolButton>("cmdUp"), Qt::LeftButton);
+    QVERIFY(editor->SaveChanges(false));
+    QCOMPARE(editor->Popup()->PopupFields()->Item(Variant(2))->Name(), std::string("Note"));
+    const QStringList pages = PrintedPages();
+    QVERIFY(!pages.isEmpty());
+    const QStringList lines = pages.front().split('\n');
+    QVERIFY(lines[0].contains(QRegularExpression("Popup Code +Name +Note")));
+    QVERIFY(lines[1].trimmed().startsWith("Products"));
+    QVERIFY(lines.indexOf(QRegularExpression("^ +10 +Fruit +f *$")) > 0);
+  }
+
+  // A changed key leaves its row in place until the next Sort_Tree, and the
+  // save writes the rows in the outline's order.
   void savingWritesTheRowsInOutlineOrder() {
     Open();
-    Type(Row({"10", "20"}), "05");  // now before Apples in the outline
+    Type(Row({"10", "20"}), "05");
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
-    dialog->answers = {dir->File("Saved.zpt")};
-    editor->SaveChanges(true);
-    QVERIFY(!editor->DataChanged());
-    zephyr::dBase table;
-    table.OpenFile(dir->File("Saved.ZPD"));
-    Variant values = table.GetTableValues();
-    table.CloseFile();
-    std::vector<std::string> keys;
-    for (int32_t row = 1; row <= values.AsArray()->UBound(2); ++row) {
-      keys.push_back(values.AsArray()->At(1, row).ToText());
-    }
-    QCOMPARE(keys, (std::vector<std::string>{"  10", "1005", "1010", "  20", "2010"}));
+    QCOMPARE(Outline(), QStringList({"Products", "10", "10", "05", "20", "10"}));
+    dialog->answers = {dir->File("Saved.zpt"), dir->File("Sorted.zpt")};
+    QVERIFY(editor->SaveChanges(true));
+    QCOMPARE(SavedKeys("Saved.ZPD"), (QStringList{"  10", "1010", "1005", "  20", "2010"}));
+    Grid()->setCurrentIndex(Row({"20", "10"}));
+    QTest::keyClick(Grid(), Qt::Key_F2);  // an add sorts the whole outline
+    QCOMPARE(Outline(), QStringList({"Products", "10", "05", "10", "20", "10", "20"}));
+    QVERIFY(editor->SaveChanges(true));
+    QCOMPARE(SavedKeys("Sorted.ZPD"),
+             (QStringList{"  10", "1005", "1010", "  20", "2010", "2020"}));
   }
 };
 

@@ -4,6 +4,7 @@
 #define ZEPHYR_TESTS_EDITOR_EDITOR_FIXTURE_H_
 
 #include <QApplication>
+#include <QRegularExpression>
 #include <QTabBar>
 #include <QTableView>
 #include <QTest>
@@ -73,9 +74,17 @@ inline void WriteProducts(const std::string& folder) {
                    {"2010", "Bread", "r"}});
 }
 
+// Any Qt warning fails the running test; the offscreen platform's note that
+// it passes no size hints to a window system it does not have is no fault.
+inline void FailOnQtWarnings() {
+  QTest::failOnWarning(
+      QRegularExpression(QStringLiteral("^(?!This plugin does not support propagateSizeHints)")));
+}
+
 class EditorFixture {
  protected:
   void SetUpEditor() {
+    FailOnQtWarnings();
     dir = std::make_unique<TempDir>();
     editor = std::make_unique<editor::PopupControlEdit>();
     messages = std::make_shared<ScriptedMessageBox>();

@@ -18,6 +18,7 @@ class EditorModelsTest : public QObject {
 
  private slots:
   void init() {
+    QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
     popup_ = std::make_shared<PopupClass>();
     popup_->Title("Shop");
     popup_->ReplaceLevels({{Variant("Aisle"), 1}, {Variant("Shelf"), 2}});
@@ -67,6 +68,24 @@ class EditorModelsTest : public QObject {
     grid_->SortChildren(grid_->IndexOfIdentity(drinks_));
     QCOMPARE(grid_->IndexOfIdentity(coffee).row(), 1);
     QCOMPARE(cocoa.row(), 2);
+
+    // A re-keyed row keeps its place until the next sort, which finds it.
+    auto tea = FindItemByIdentity(tea_);
+    popup_->ModifyKey("09", tea, 2);
+    grid_->KeyChanged(grid_->IndexOfIdentity(tea_));
+    QCOMPARE(grid_->IndexOfIdentity(tea_).row(), 0);
+    int32_t juice = popup_->AddItem(drinks, "0104", {"Juice", "6"})->Identity();
+    grid_->AppendRow(grid_->IndexOfIdentity(drinks_), juice);
+    grid_->SortTree();
+    const std::vector<int32_t> resorted{drinks_, coffee, cocoa_, cola_, juice, tea_, snacks_, crisps_};
+    QCOMPARE(grid_->IdentitiesInGridOrder(), resorted);
+  }
+
+  void titleRowKeepsTheTitleItWasFilledWith() {
+    popup_->Title("Store");
+    QCOMPARE(grid_->TitleIndex().data().toString(), QString("Shop"));
+    grid_->Load(popup_);
+    QCOMPARE(grid_->TitleIndex().data().toString(), QString("Store"));
   }
 
   void rowsOfFreedItemsShowNothing() {
@@ -100,6 +119,10 @@ class EditorModelsTest : public QObject {
     QVERIFY(model.Fields()[1] == first);
     QCOMPARE(model.index(1, 1).data().toString(), QString("12a"));
     QCOMPARE(model.index(0, 1).data().toString(), QString("0"));
+    // A new field's cells are empty: its length must be typed.
+    model.AppendNew();
+    QCOMPARE(model.LengthText(2), std::string());
+    QCOMPARE(model.index(2, 0).data().toString(), QString());
   }
 
   void levelEditsReachThePopup() {

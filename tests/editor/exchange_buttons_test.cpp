@@ -45,6 +45,18 @@ void WhenModal(std::function<void(QWidget*)> answer) {
   });
 }
 
+// A progress that fails when it is told one message.
+class FailingProgress : public zephyr::NoProgress {
+ public:
+  explicit FailingProgress(std::string fatal) : fatal_(std::move(fatal)) {}
+  void SetMessage(const std::string& message) override {
+    if (message == fatal_) throw std::runtime_error("failed at " + message);
+  }
+
+ private:
+  std::string fatal_;
+};
+
 const char* const kThreeLevels =
     "Key,Dept,Group,Item,Note\n101010,Food,Fruit,Apples,a\n101020,Food,Fruit,Pears,p\n";
 
@@ -126,6 +138,7 @@ class ExchangeButtonsTest : public QObject, zephyr::testing::EditorFixture {
     QCOMPARE(Child<QTableView>("grdLevels")->model()->rowCount(), questions.size());
     bool cancelled = answer == int(MessageAnswer::kCancel);
     QCOMPARE(editor->DataChanged(), !cancelled);
+    QCOMPARE(editor->Modified(), !cancelled);
     if (cancelled) {
       QCOMPARE(Describe(*editor->Popup()->PopupItems()), before);
     } else {
@@ -145,6 +158,18 @@ class ExchangeButtonsTest : public QObject, zephyr::testing::EditorFixture {
     QCOMPARE(Describe(*editor->Popup()->PopupItems()), before);
     QCOMPARE(Questions(*editor->Popup()), QStringList({"Group", "Item"}));
     QVERIFY(!editor->DataChanged());
+
+    // An import that fails after it has begun to rebuild the popup.
+    editor->SetProgress(std::make_shared<FailingProgress>("Copying Data to ZephyrPopup"));
+    zephyr::testing::WriteBytes(dir->File("three.csv"), kThreeLevels);
+    dialog->answers = {dir->File("three.csv")};
+    messages->answers = {MessageAnswer::kNo};  // the sheet's structure
+    QTest::mouseClick(Child<QPushButton>("cmdImport"), Qt::LeftButton);
+    QVERIFY(Prompts().back().starts_with("An Unexpected error occured"));
+    QCOMPARE(Describe(*editor->Popup()->PopupItems()), before);
+    QCOMPARE(Questions(*editor->Popup()), QStringList({"Group", "Item"}));
+    QCOMPARE(Child<QTableView>("grdLevels")->model()->rowCount(), 2);
+    QVERIFY(!editor->Modified());
   }
 
   void exportedWorkbookComesBackThroughTheImport() {

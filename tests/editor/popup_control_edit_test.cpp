@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <QAction>
+#include <QApplication>
 #include <QComboBox>
 #include <QLineEdit>
 #include <QMenu>
@@ -141,6 +142,98 @@ class PopupControlEditTest : public QObject, zephyr::testing::EditorFixture {
     QCOMPARE(dialog->requests.front().filter, std::string("Zephyr Popup File (*.zpt)|*.zpt"));
     QVERIFY(!editor->DataChanged());
     QVERIFY(zephyr::PathExists(dir->File("Copy.ZPD")));
+    // The popup is saved under its new name; the control keeps the names it was given.
+    QCOMPARE(editor->Popup()->DataSource(), std::string("Copy"));
+    QCOMPARE(editor->SourceFile(), std::string("Products"));
+  }
+
+  // Unsaved work: every change sets it, only a save that wrote clears it;
+  // DataChanged keeps the component's rules beside it.
+  void unsavedWorkIsClearedOnlyByASaveThatWrote() {
+    OpenProducts();
+    QSignalSpy modified(editor.get(), &PopupControlEdit::modifiedChanged);
+    QVERIFY(!editor->Modified());
+    auto* grid = Child<QTreeView>("DataGrid");
+    grid->setFocus();
+    grid->setCurrentIndex(grid->model()->index(0, 0));
+    QTest::keyClick(grid, Qt::Key_F1);
+    QVERIFY(editor->Modified());
+    QVERIFY(!editor->DataChanged());  // a successful add leaves the flag alone
+    QCOMPARE(modified.count(), 1);
+
+    QVERIFY(!editor->SaveChanges(true));  // the dialog is cancelled
+    QVERIFY(editor->Modified());
+    ClickTab(0);
+    Child<QLineEdit>("txtTitle")->clear();
+    QVERIFY(!editor->SaveChanges(false));  // the design fails Validate: nothing written
+    QCOMPARE(Prompts().back(), std::string("Missing Title.  You must enter a Title"));
+    QVERIFY(!editor->DataChanged());  // the component clears it all the same
+    QVERIFY(editor->Modified());
+    QTest::keyClicks(Child<QLineEdit>("txtTitle"), "Stock");
+    QVERIFY(editor->SaveChanges(false));
+    QVERIFY(!editor->Modified());
+    QCOMPARE(modified.count(), 2);
+
+    // Design edits count too, a level typed and a field moved.
+    SelectRow("grdFields", 2);
+    QTest::mouseClick(Child<QToolButton>("cmdUp"), Qt::LeftButton);
+    QVERIFY(editor->Modified());
+  }
+
+  // A popup whose template reads but whose table is damaged: the error
+  // reaches the host and the editor keeps the popup it had.
+  void aFailedOpenLeavesTheEditorAsItWas() {
+    OpenProducts();
+    const QStringList outline = Outline();
+    zephyr::testing::PopupDesign design;
+    design.questions = {"Group", "Item"};
+    design.fields = {{"Name", 10}, {"Note", 5}};
+    zephyr::testing::WritePopupFiles(dir->Path(), "Damaged", design, {{"  10", "x", "y"}});
+    zephyr::testing::WriteBytes(dir->File("Damaged.ZPD"), "no table at all");
+    QVERIFY_THROWS_EXCEPTION(zephyr::Error, editor->OpenPopup(dir->Path(), "Damaged"));
+    QCOMPARE(editor->PopupTitle(), std::string("Products"));
+    QCOMPARE(editor->SourceFile(), std::string("Products"));
+    QCOMPARE(Outline(), outline);
+    QVERIFY(editor->SaveChanges(false));
+    QCOMPARE(zephyr::testing::ReadBytes(dir->File("Damaged.ZPD")), std::string("no table at all"));
+    zephyr::PopupClass saved;
+    saved.PopupPath(dir->Path());
+    saved.DataSource("Products");
+    saved.OpenPopup();
+    QCOMPARE(saved.PopupItems()->Count(), 2);
+  }
+
+  // A new field's length starts empty and must be typed; zero is refused.
+  void aNewFieldNeedsALength() {
+    editor->OpenPopup(dir->Path(), "");
+    Child<QLineEdit>("txtTitle")->setText("Pets");
+    QTest::mouseClick(Child<QPushButton>("cmdAddLevels"), Qt::LeftButton);
+    QTest::keyClicks(QApplication::focusWidget(), "Animal");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    QTest::mouseClick(Child<QPushButton>("cmdAddField"), Qt::LeftButton);
+    QTest::keyClicks(QApplication::focusWidget(), "Price");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    auto* fields = Child<QTableView>("grdFields");
+    QCOMPARE(fields->model()->index(0, 1).data().toString(), QString());
+    ClickTab(1);
+    QCOMPARE(Prompts().back(), std::string("Fields Length must be numeric"));
+    fields->model()->setData(fields->model()->index(0, 1), "0");
+    ClickTab(1);
+    QCOMPARE(Prompts().back(), std::string("Fields Length must be at least 1"));
+    QCOMPARE(Tabs()->currentIndex(), 0);
+  }
+
+  // A switch of views shows one view at a time: the window never grows to
+  // hold both, and a step that is none of the list's falls back to 10.
+  void switchingViewsKeepsTheSizeAndResetsAStrangeStep() {
+    OpenProducts();
+    editor->resize(700, 400);
+    Child<QComboBox>("cboStep")->setEditText("15");
+    ClickTab(0);
+    ClickTab(1);
+    QApplication::processEvents();
+    QCOMPARE(editor->height(), 400);
+    QCOMPARE(Child<QComboBox>("cboStep")->currentText(), QString("10"));
   }
 
   void cancelledOrRefusedSaveChangesNothing() {

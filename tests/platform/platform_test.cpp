@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -124,6 +125,9 @@ class PlatformTest : public QObject {
     QCOMPARE(ToQtNameFilters("Popups|*.zpt;*.zpd|All Files (*.*)|*.*|"),
              (QStringList{"Popups (*.zpt *.zpd)", "All Files (*.*)"}));
     QCOMPARE(ToQtNameFilters("Text (*.txt)|*.csv"), QStringList{"Text (*.txt) (*.csv)"});
+    // Qt matches nothing with patterns run together by semicolons.
+    QCOMPARE(ToQtNameFilters("Workbooks (*.xlsx;*.ods)|*.xlsx;*.ods"),
+             QStringList{"Workbooks (*.xlsx *.ods)"});
     QCOMPARE(ToQtNameFilters(""), QStringList{});
   }
 
@@ -185,6 +189,21 @@ class PlatformTest : public QObject {
     QVERIFY(!form);
     progress.SetValue(3);
     progress.Unload();
+  }
+
+  void theOwnersWindowHasTheKeyboardAgainAfterTheForm() {
+    QWidget owner;
+    auto* box = new QLineEdit(&owner);
+    owner.show();
+    QVERIFY(QTest::qWaitForWindowActive(&owner));
+    box->setFocus();
+    FormProgress progress(&owner);
+    progress.Show();
+    progress.Form()->activateWindow();
+    QTRY_VERIFY(progress.Form()->isActiveWindow());
+    progress.Unload();
+    QTRY_VERIFY(owner.isActiveWindow());
+    QCOMPARE(QApplication::focusWidget(), box);
   }
 
   void progressTouchesTheBarSparingly() {

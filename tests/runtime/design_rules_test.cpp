@@ -64,6 +64,8 @@ const RuleCase kCases[] = {
          "Fields Length must be numeric"),
     Rule("LengthOver254", {"T", kLevels, {{"N", "1"}, {"P", "255"}}}, kField, 2,
          "Fields Length must be less than 250"),
+    Rule("LengthBelowOne", {"T", kLevels, {{"N", "1"}, {"P", "0"}}}, kField, 2,
+         "Fields Length must be at least 1"),
     Rule("BadFieldBeforeFieldCount", {"T", kLevels, ManyFields(255, "")}, kField, 255,
          "Fields Length must be numeric"),
     Rule("FieldCount", {"T", kLevels, ManyFields(255, "1")}, kField, 0,

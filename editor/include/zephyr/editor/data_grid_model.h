@@ -47,7 +47,9 @@ class DataGridModel : public QAbstractItemModel {
   // Rebuilds the outline from the popup: headings from its fields, the title
   // row, then every item depth first in collection order. No sorting.
   void Load(std::shared_ptr<PopupClass> popup);
-  // Orders the children of every node by the text of column 0.
+  // Orders the children of every node by the text of column 0. Only the
+  // nodes whose children an edit may have put out of order since the last
+  // sort are visited (all of them after a Load): the result is the same.
   void SortTree();
   // Orders the children of one node by the text of column 0.
   void SortChildren(const QModelIndex& parent);
@@ -68,7 +70,8 @@ class DataGridModel : public QAbstractItemModel {
   // Column 0, the key, changes only through the popup's ModifyKey; call
   // KeyChanged afterwards.
   bool SetValue(const QModelIndex& index, const std::string& text);
-  // Marks the row's key as changed (shown in blue) and refreshes it.
+  // Marks the row's key as changed (shown in blue) and refreshes it; the row
+  // keeps its place until its siblings are sorted.
   void KeyChanged(const QModelIndex& index);
 
   // The rows whose key or a value contains the text (ignoring case), with
@@ -111,12 +114,17 @@ class DataGridModel : public QAbstractItemModel {
 
   std::shared_ptr<PopupClass> popup_;
   std::vector<QString> headings_;
+  QString title_text_;
   // Every node lives in the pool; removed ones wait in free_ for reuse.
   std::deque<GridNode> pool_;
   std::vector<GridNode*> free_;
   GridNode* title_ = nullptr;
   std::unique_ptr<NodeIndex> nodes_;
   std::unordered_set<int32_t> rekeyed_;
+  // The nodes (by identity, 0 for the title row) whose children may be out
+  // of code order; every node when all_unsorted_.
+  std::unordered_set<int32_t> unsorted_;
+  bool all_unsorted_ = false;
 };
 
 }  // namespace zephyr::editor

@@ -48,9 +48,15 @@ class PopupControlEdit : public QWidget {
   explicit PopupControlEdit(QWidget* parent = nullptr);
   ~PopupControlEdit() override;
 
-  // True once the user changed the title, design or data; cleared only by a
-  // completed SaveChanges.
+  // The component's flag: set by the user's edits as the component always
+  // set it (a successful add leaves it alone, a cancelled one sets it) and
+  // cleared by every SaveChanges that gets as far as saving, written or not.
+  // A host that asks "is there unsaved work?" asks Modified instead.
   bool DataChanged() const;
+  // True while the popup holds work no save has written: set by every change
+  // of the title, design, items, keys or values and by an import; cleared by
+  // opening a popup and by a save that wrote its files.
+  bool Modified() const;
   // True while the data view is the current view; writing only stores it.
   bool DataMode() const;
   void DataMode(bool value);
@@ -77,7 +83,8 @@ class PopupControlEdit : public QWidget {
   // Opens a popup into the editor: path is its folder, file its base name.
   // Empty arguments keep the stored SourcePath / SourceFile; with no file the
   // editor starts a new popup in the design view. Errors of the popup's own
-  // OpenPopup propagate.
+  // OpenPopup propagate, and leave the editor exactly as it was before the
+  // call: the same popup, views, flags and names.
   void OpenPopup(const std::string& path, const std::string& file);
   // Switches to the design view (false) or the data view (true) as a click
   // on its tab would: leaving the design view validates and saves the design
@@ -88,7 +95,10 @@ class PopupControlEdit : public QWidget {
   void Sort_Tree();
 
   // Saves the popup, asking for a file name when it has none or SaveAs is set.
-  void SaveChanges(bool SaveAs);
+  // True when the popup's files were written; false when nothing was (the
+  // dialog cancelled, the target read-only, the design invalid). Errors of
+  // the writers propagate.
+  bool SaveChanges(bool SaveAs);
   // Carries the edited levels and fields of the design view into the popup.
   void SaveDesign();
   // Carries the edited field list into the popup and every item's values.
@@ -96,8 +106,10 @@ class PopupControlEdit : public QWidget {
   // Re-formats the keys of the items and their descendants to the popup's
   // current level count.
   void LevelChangeKeyFormat(const std::shared_ptr<PopupItems>& Popupitems);
-  // Writes the popup's template, table and records in data-view order.
-  void SaveData();
+  // Writes the popup's template, table and records in data-view order; false,
+  // with nothing written, when the design view shows a design that fails
+  // Validate.
+  bool SaveData();
   // Checks the design (title, levels, fields); the first failing rule is told
   // to the user and its row made current.
   bool Validate();
@@ -105,24 +117,32 @@ class PopupControlEdit : public QWidget {
   uint EditBackColor() const;
   void EditBackColor(uint color);
 
-  // Adds a child / sibling of the current data-view item.
+  // Adds a child / sibling of the current data-view item. An error (a code
+  // already used, say) propagates to the caller; the editor's own buttons,
+  // keys and menus tell it to the user instead.
   void AddChild();
   void AddSibling();
+
+  // Tells the user of an error as the editor's own commands do, through the
+  // message box: for a host whose menu calls a method that raises.
+  void ReportError(const std::exception& error);
 
   // The data view's commands, for a host's menus; nothing in the design view.
   // Puts the current item's identity on the clipboard, for Paste.
   void CopyCurrentItem();
   // Pastes the item whose identity the clipboard holds.
   void PasteItem();
-  // Deletes the current item and its branch, after asking.
+  // Deletes the current item and its branch, after asking; nothing on the
+  // title row.
   void DeleteCurrentItem();
   // Moves the focus to the find box above the outline.
   void FocusFind();
 
   // The workbook buttons' commands, for a host's menus, in either view: fill
-  // the popup from a workbook the user picks, or write it to a new one.
+  // the popup from a workbook the user picks, or write it to a new one (the
+  // answer is the workbook written, empty when none was). Errors are told.
   void ImportWorkbook();
-  void ExportWorkbook();
+  std::string ExportWorkbook();
 
   // The persisted property "EditBackColor".
   void ReadProperties(const PropertyBag& bag);
@@ -143,6 +163,8 @@ class PopupControlEdit : public QWidget {
   void BeforeDesignMode();
   // DataChanged became true, or false after a save.
   void DataChangedChanged(bool changed);
+  // Modified changed.
+  void modifiedChanged(bool modified);
 
  protected:
   void resizeEvent(QResizeEvent* event) override;

@@ -15,6 +15,10 @@ inline constexpr int kMaxDesignLevels = 127;
 inline constexpr int kMaxDesignFields = 254;
 inline constexpr int kMaxFieldLength = 254;
 
+// Our own rule after the component's length rules: a field holds at least
+// one character, or every value given it would be lost at the save.
+inline constexpr const char* kFieldLengthBelowOne = "Fields Length must be at least 1";
+
 // A design as the user typed it: texts not yet trimmed, lengths as text.
 struct DesignDraft {
   struct Field {
