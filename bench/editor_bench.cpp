@@ -49,9 +49,7 @@ std::string NameOf(int64_t items) {
 void AddLevel(PopupClass& popup, const std::shared_ptr<PopupItem>& parent, const std::string& path,
               const std::vector<int>& shape, size_t depth) {
   for (int code = 1; code <= shape[depth]; ++code) {
-    char own[3];
-    std::snprintf(own, sizeof own, "%02d", code);
-    std::string compact = path + own;
+    std::string compact = path + (code < 10 ? "0" : "") + std::to_string(code);
     auto item = popup.AddItem(parent, FormatStoredKey(compact, 4),
                               {"Item " + compact, "note " + std::to_string(code)});
     if (depth + 1 < shape.size()) AddLevel(popup, item, compact, shape, depth + 1);
@@ -99,7 +97,7 @@ std::unique_ptr<editor::PopupControlEdit> ShownEditor() {
   editor->resize(900, 600);
   editor->show();
   editor->activateWindow();
-  QTest::qWaitForWindowActive(editor.get());
+  if (!QTest::qWaitForWindowActive(editor.get())) qFatal("the editor never became active");
   return editor;
 }
 

@@ -29,7 +29,8 @@ constexpr int kStatusMilliseconds = 5000;
 // One entry per popup in the recent list, however it was named: the
 // absolute folder and base name, without an extension.
 QString RecentEntry(const QString& folder, const QString& base) {
-  return QFileInfo(QDir(folder.isEmpty() ? QStringLiteral(".") : folder), base).absoluteFilePath();
+  QDir place(folder.isEmpty() ? QStringLiteral(".") : folder);
+  return QDir::cleanPath(place.absoluteFilePath(base));
 }
 
 }  // namespace
@@ -39,9 +40,11 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
   setCentralWidget(editor_);
 
   QMenu* file = menuBar()->addMenu(tr("&File"));
+  file->setObjectName(QStringLiteral("menuFile"));
   file->addAction(tr("&New"), QKeySequence::New, this, [this]() { NewPopup(); });
   file->addAction(tr("&Open..."), QKeySequence::Open, this, [this]() { OpenDialog(); });
   recent_menu_ = file->addMenu(tr("Open &Recent"));
+  recent_menu_->setObjectName(QStringLiteral("menuRecent"));
   file->addSeparator();
   file->addAction(tr("&Save"), QKeySequence::Save, this, [this]() { Save(false); });
   file->addAction(tr("Save &As..."), QKeySequence::SaveAs, this, [this]() { Save(true); });
@@ -59,6 +62,7 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
   file->addSeparator();
   file->addAction(tr("&Quit"), QKeySequence::Quit, this, [this]() { close(); });
   QMenu* edit = menuBar()->addMenu(tr("&Edit"));
+  edit->setObjectName(QStringLiteral("menuEdit"));
   // The editor's own methods raise: what they raise is told, not thrown on.
   auto guarded = [this](void (editor::PopupControlEdit::*command)()) {
     return [this, command]() {

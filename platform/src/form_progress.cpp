@@ -4,6 +4,8 @@
 #include <QScreen>
 #include <algorithm>
 
+#include "window_activation.h"
+
 namespace zephyr::platform {
 
 namespace {
@@ -40,13 +42,7 @@ void FormProgress::Show() {
 void FormProgress::Unload() {
   if (!form_) return;
   delete form_;
-  // The keyboard goes back to the window the form stood over: some window
-  // managers (and the offscreen platform) leave no window active otherwise.
-  if (owner_ && owner_->isVisible()) {
-    QWidget* window = owner_->window();
-    window->raise();
-    window->activateWindow();
-  }
+  ReactivateOwnerWindow(owner_);
 }
 
 void FormProgress::SetMessage(const std::string& message) {

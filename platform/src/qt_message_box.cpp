@@ -5,6 +5,8 @@
 #include <QMessageBox>
 #include <vector>
 
+#include "window_activation.h"
+
 namespace zephyr::platform {
 
 namespace {
@@ -93,6 +95,7 @@ MessageAnswer QtMessageBox::Show(const Message& message) {
   box.setEscapeButton(escape);
 
   box.exec();
+  ReactivateOwnerWindow(owner_);
   QAbstractButton* clicked = box.clickedButton();
   return AnswerOf(clicked ? box.standardButton(clicked) : escape);
 }

@@ -8,8 +8,10 @@
 #include <QTabBar>
 #include <QTableView>
 #include <QTest>
+#include <QTimer>
 #include <QTreeView>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -74,11 +76,27 @@ inline void WriteProducts(const std::string& folder) {
                    {"2010", "Bread", "r"}});
 }
 
-// Any Qt warning fails the running test; the offscreen platform's note that
-// it passes no size hints to a window system it does not have is no fault.
+// Any Qt warning fails the running test; the offscreen platform's notes that
+// it does not pass size hints or raise windows for a window system it does
+// not have are no fault.
 inline void FailOnQtWarnings() {
-  QTest::failOnWarning(
-      QRegularExpression(QStringLiteral("^(?!This plugin does not support propagateSizeHints)")));
+  QTest::failOnWarning(QRegularExpression(
+      QStringLiteral("^(?!This plugin does not support (propagateSizeHints|raise)\\(\\))")));
+}
+
+// Runs `answer` on the next modal dialog, once it is shown (within five seconds).
+inline void WhenModal(std::function<void(QWidget*)> answer) {
+  auto* poll = new QTimer(QCoreApplication::instance());
+  auto waited = std::make_shared<int>(0);
+  QObject::connect(poll, &QTimer::timeout, [poll, waited, answer] {
+    QWidget* dialog = QApplication::activeModalWidget();
+    if (!dialog && ++*waited < 500) return;
+    poll->deleteLater();
+    poll->stop();
+    if (!dialog) qFatal("no modal dialog was shown");
+    answer(dialog);
+  });
+  poll->start(10);
 }
 
 class EditorFixture {

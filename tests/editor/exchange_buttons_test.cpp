@@ -36,15 +36,6 @@ QStringList Questions(zephyr::PopupClass& popup) {
   return questions;
 }
 
-// Runs `answer` on the modal dialog once it is shown.
-void WhenModal(std::function<void(QWidget*)> answer) {
-  QTimer::singleShot(0, [answer] {
-    QWidget* dialog = QApplication::activeModalWidget();
-    if (!dialog) qFatal("no modal dialog was shown");
-    answer(dialog);
-  });
-}
-
 // A progress that fails when it is told one message.
 class FailingProgress : public zephyr::NoProgress {
  public:
@@ -79,7 +70,7 @@ class ExchangeButtonsTest : public QObject, zephyr::testing::EditorFixture {
                                 "Key,Group,Item,Note\n,Fruit,Apples,a\n,Fruit,Pears,p\n"
                                 ",Bakery,Bread,b\n");
     dialog->answers = {dir->File("sheet.csv")};
-    WhenModal([](QWidget* levels) {
+    zephyr::testing::WhenModal([](QWidget* levels) {
       QCOMPARE(levels->objectName(), QString("frmLevels"));
       QCOMPARE(levels->windowTitle(), QString("Input Level Count"));
       auto* count = levels->findChild<QLineEdit*>("txtLevel");

@@ -1,0 +1,132 @@
+// zpopup-edit's main window driven as a user drives it: its menus, its
+// title's modified mark, the question before work is set aside, the recent
+// list and the status bar.
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSettings>
+#include <QStandardPaths>
+#include <QStatusBar>
+#include <QTest>
+#include <QTimer>
+#include <QTreeView>
+#include <functional>
+
+#include "editor/editor_fixture.h"
+#include "main_window.h"
+
+using zephyr::apps::MainWindow;
+
+namespace {
+
+// Answers the next message box of the window with one of its buttons.
+void AnswerNextBox(QMessageBox::StandardButton button, QString* text = nullptr) {
+  zephyr::testing::WhenModal([button, text](QWidget* shown) {
+    auto* box = qobject_cast<QMessageBox*>(shown);
+    if (!box) qFatal("the modal dialog is no message box");
+    if (text) *text = box->text();
+    box->button(button)->click();
+  });
+}
+
+QAction* ActionNamed(QMenu* menu, const QString& start) {
+  for (QAction* action : menu->actions()) {
+    if (action->text().startsWith(start)) return action;
+  }
+  qFatal("no action %s", qPrintable(start));
+}
+
+}  // namespace
+
+class ZpopupEditTest : public QObject {
+  Q_OBJECT
+
+ private:
+  std::unique_ptr<zephyr::testing::TempDir> dir_;
+  std::unique_ptr<MainWindow> window_;
+  std::shared_ptr<zephyr::testing::ScriptedMessageBox> messages_;
+
+  QTreeView* Outline() { return window_->findChild<QTreeView*>("DataGrid"); }
+  QMenu* Menu(const char* name) { return window_->findChild<QMenu*>(name); }
+
+ private slots:
+  void initTestCase() {
+    QStandardPaths::setTestModeEnabled(true);
+    QApplication::setOrganizationName("ZephyrPopupTest");
+    QApplication::setApplicationName("zpopup-edit-test");
+  }
+  void init() {
+    zephyr::testing::FailOnQtWarnings();
+    dir_ = std::make_unique<zephyr::testing::TempDir>();
+    zephyr::testing::WriteProducts(dir_->Path());
+    QSettings().clear();  // no recent popups, geometry or colour of earlier runs
+    window_ = std::make_unique<MainWindow>();
+    messages_ = std::make_shared<zephyr::testing::ScriptedMessageBox>();
+    window_->Editor()->SetMessageBox(messages_);
+    window_->Editor()->SetProgress(std::make_shared<zephyr::NoProgress>());
+    window_->show();
+    QVERIFY(QTest::qWaitForWindowActive(window_.get()));
+    QVERIFY(window_->OpenNamed(QString::fromStdString(dir_->File("Products"))));
+  }
+  void cleanup() {
+    window_.reset();
+    dir_.reset();
+  }
+
+  void closingAsksAboutWorkNoSaveHasWritten() {
+    QVERIFY(!window_->isWindowModified());
+    Outline()->setFocus();
+    Outline()->setCurrentIndex(Outline()->model()->index(0, 0));
+    QTest::keyClick(Outline(), Qt::Key_F1);  // an add: DataChanged stays false
+    QVERIFY(window_->isWindowModified());
+
+    QString asked;
+    AnswerNextBox(QMessageBox::Cancel, &asked);
+    QVERIFY(!window_->close());
+    QCOMPARE(asked, QString("The popup has unsaved changes. Save them first?"));
+    // Saving a design that fails its check writes nothing: the window stays.
+    window_->Editor()->ShowView(false);
+    window_->findChild<QLineEdit*>("txtTitle")->clear();
+    AnswerNextBox(QMessageBox::Save);
+    QVERIFY(!window_->close());
+    QVERIFY(window_->isWindowModified());
+    window_->findChild<QLineEdit*>("txtTitle")->setText("Stock");
+    AnswerNextBox(QMessageBox::Save);
+    QVERIFY(window_->close());
+    QCOMPARE(window_->statusBar()->currentMessage(), QString("Saved Products"));
+  }
+
+  void recentListsAPopupOnceHoweverItIsNamed() {
+    QVERIFY(window_->OpenNamed(QString::fromStdString(dir_->File("Products.ZPT"))));
+    QDir::setCurrent(QString::fromStdString(dir_->Path()));
+    QVERIFY(window_->OpenNamed("Products"));
+    window_->Editor()->Popup()->Title("Changed");  // make a save write
+    QVERIFY(window_->Editor()->SaveChanges(false));
+    QCOMPARE(Menu("menuRecent")->actions().size(), 1);
+  }
+
+  // The Edit menu shows the keys; a command that raises is told, not thrown.
+  void editMenuShowsItsKeysAndSurvivesARaisingCommand() {
+    QMenu* edit = Menu("menuEdit");
+    QVERIFY(ActionNamed(edit, "&Copy Item")->text().endsWith("\tCtrl+C"));
+    QVERIFY(ActionNamed(edit, "&Paste")->text().endsWith("\tCtrl+V"));
+    QVERIFY(ActionNamed(edit, "&Delete")->text().endsWith("\tDel"));
+    QVERIFY(ActionNamed(edit, "&Find")->text().endsWith("\tCtrl+F"));
+
+    auto keys = std::make_shared<zephyr::testing::ScriptedKeyPrompt>();
+    keys->answers = {"100"};  // cut to 10, the code of Fruit
+    window_->Editor()->SetNewKeyPrompt(keys);
+    window_->findChild<QComboBox*>("cboStep")->setEditText("90");
+    Outline()->setCurrentIndex(Outline()->model()->index(0, 0, Outline()->model()->index(0, 0)));
+    ActionNamed(edit, "Add &Sibling")->trigger();
+    QCOMPARE(messages_->shown.back().prompt.substr(0, 21), std::string("Run-time error '457':"));
+    QCOMPARE(window_->Editor()->Popup()->PopupItems()->Count(), 2);
+  }
+};
+
+QTEST_MAIN(ZpopupEditTest)
+#include "zpopup_edit_test.moc"
