@@ -63,20 +63,10 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
   file->addAction(tr("&Quit"), QKeySequence::Quit, this, [this]() { close(); });
   QMenu* edit = menuBar()->addMenu(tr("&Edit"));
   edit->setObjectName(QStringLiteral("menuEdit"));
-  // The editor's own methods raise: what they raise is told, not thrown on.
-  auto guarded = [this](void (editor::PopupControlEdit::*command)()) {
-    return [this, command]() {
-      try {
-        (editor_->*command)();
-      } catch (const std::exception& error) {
-        editor_->ReportError(error);
-      }
-    };
-  };
   edit->addAction(tr("Add &Child"), QKeySequence(tr("Ctrl+Shift+N")), this,
-                  guarded(&editor::PopupControlEdit::AddChild));
+                  [this]() { RunEditorCommand(&editor::PopupControlEdit::AddChild); });
   edit->addAction(tr("Add &Sibling"), QKeySequence(tr("Ctrl+Shift+B")), this,
-                  guarded(&editor::PopupControlEdit::AddSibling));
+                  [this]() { RunEditorCommand(&editor::PopupControlEdit::AddSibling); });
   edit->addSeparator();
   // The outline and the editor take these keys themselves, where they mean
   // the item and not the text of a box: the menu shows them without taking them.
@@ -143,6 +133,14 @@ bool MainWindow::PrintPdf(const QString& path) {
   printer.setOutputFormat(QPrinter::PdfFormat);
   printer.setOutputFileName(path);
   return editor_->PrintPopupData(printer);
+}
+
+void MainWindow::RunEditorCommand(void (editor::PopupControlEdit::*command)()) {
+  try {
+    (editor_->*command)();
+  } catch (const std::exception& error) {
+    editor_->ReportError(error);
+  }
 }
 
 void MainWindow::Status(const QString& text) {

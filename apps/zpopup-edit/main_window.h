@@ -42,6 +42,9 @@ class MainWindow : public QMainWindow {
   // Asks to save unsaved changes: true when the caller may go on.
   bool MaySetAside();
   void UpdateTitle();
+  // Runs one of the editor's methods, which raise: what they raise is told
+  // through the editor, not thrown on through the event loop.
+  void RunEditorCommand(void (editor::PopupControlEdit::*command)());
   // A passing note in the status bar.
   void Status(const QString& text);
   void RememberRecent(const QString& path);

@@ -31,7 +31,7 @@ void EditorState::ConnectDataView() {
   On(DataGrid, &QTreeView::doubleClicked, [this]() { StartEdit(); });
   On(cmdDelete, &QPushButton::clicked, [this]() { DeleteDataItem(); });
   On(mnuDelete, &QAction::triggered, [this]() { DeleteDataItem(); });
-  // The Part's menu handlers run Enable_Disable after an add, whatever became of it.
+  // The menu's add handlers run Enable_Disable whatever became of the add.
   On(mnuAddChild, &QAction::triggered, [this]() {
     Guarded([this]() { AddChild(); });
     EnableDisable();

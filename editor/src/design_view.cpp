@@ -70,8 +70,8 @@ void EditorState::ConnectDesignView() {
     cmdDown->setEnabled(false);
   });
   // Every change of the working lists is unsaved work; a reload is none.
-  for (QAbstractItemModel* list : {static_cast<QAbstractItemModel*>(LevelList),
-                                   static_cast<QAbstractItemModel*>(FieldList)}) {
+  for (QAbstractItemModel* list :
+       {static_cast<QAbstractItemModel*>(LevelList), static_cast<QAbstractItemModel*>(FieldList)}) {
     On(list, &QAbstractItemModel::rowsInserted, [this]() { SetModified(true); });
     On(list, &QAbstractItemModel::rowsRemoved, [this]() { SetModified(true); });
     On(list, &QAbstractItemModel::dataChanged, [this]() { SetModified(true); });

@@ -11,7 +11,6 @@ class QAbstractItemView;
 
 namespace zephyr::editor {
 
-
 // True while an in-place editor is open in the view.
 bool HasOpenEditor(const QAbstractItemView& view);
 

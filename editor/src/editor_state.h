@@ -11,11 +11,11 @@
 #include <string>
 #include <vector>
 
+#include "outline_printer.h"
 #include "zephyr/editor/data_grid_model.h"
 #include "zephyr/editor/design_list_models.h"
 #include "zephyr/editor/new_key_prompt.h"
 #include "zephyr/editor/popup_control_edit.h"
-#include "outline_printer.h"
 #include "zephyr/support/errors.h"
 
 class QAction;
@@ -146,7 +146,8 @@ class EditorState : public QObject {
 
   // Everything Qt calls into the editor runs through Guarded: an error is
   // told through the message box and goes no further, so nothing unwinds
-  // through the event loop. True when the command ran to its end.
+  // through the event loop. True when the command ran to its end; nothing
+  // runs while the widget is being destroyed.
   template <typename Command>
   bool Guarded(Command&& command);
   void ReportError(const std::exception& error);
@@ -192,6 +193,8 @@ class EditorState : public QObject {
   bool DataMode = false;
   bool DataChanged = false;
   bool modified = false;
+  // The widget is being destroyed: its children's signals and events are ignored.
+  bool closing = false;
   bool Loading = false;
   bool Opening = false;
   bool FieldsChanged = false;
@@ -264,6 +267,7 @@ class EditorState : public QObject {
 
 template <typename Command>
 bool EditorState::Guarded(Command&& command) {
+  if (closing) return false;
   try {
     command();
     return true;

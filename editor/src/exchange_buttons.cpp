@@ -72,10 +72,10 @@ std::optional<std::string> EditorState::PickWorkbook() {
   request.filter =
       "Workbooks (*.xlsx;*.ods;*.csv)|*.xlsx;*.ods;*.csv|Excel Workbook (*.xlsx)|*.xlsx|"
       "OpenDocument Spreadsheet (*.ods)|*.ods|Comma-Separated Values (*.csv)|*.csv";
-  request.initial_folder = ToUtf8(ImportSettings()
-                                      .value(QLatin1String(kLastImportFolder),
-                                             ToQString(popup->PopupPath()))
-                                      .toString());
+  request.initial_folder =
+      ToUtf8(ImportSettings()
+                 .value(QLatin1String(kLastImportFolder), ToQString(popup->PopupPath()))
+                 .toString());
   std::optional<std::string> path = file_dialog->ShowOpen(request);
   if (path) {
     ImportSettings().setValue(QLatin1String(kLastImportFolder),

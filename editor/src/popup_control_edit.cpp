@@ -261,8 +261,8 @@ void EditorState::Edited() {
 void EditorState::ReportError(const std::exception& error) {
   std::string text;
   if (const auto* known = dynamic_cast<const Error*>(&error)) {
-    text = "Run-time error '" + std::to_string(known->Number()) + "':\r\n\r\n" +
-           known->Description();
+    text =
+        "Run-time error '" + std::to_string(known->Number()) + "':\r\n\r\n" + known->Description();
   } else {
     text = std::string("Unexpected error: ") + error.what();
   }
@@ -483,6 +483,8 @@ PopupControlEdit::PopupControlEdit(QWidget* parent)
 PopupControlEdit::~PopupControlEdit() {
   // The views go before the models they show, which the state owns: an
   // editor still open would otherwise be committed into a model already gone.
+  // What the children send on their way out is no user's doing.
+  state_->closing = true;
   qDeleteAll(findChildren<QWidget*>(Qt::FindDirectChildrenOnly));
 }
 

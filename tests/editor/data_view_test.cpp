@@ -7,8 +7,8 @@
 #include <QPrinter>
 #include <QProcess>
 #include <QPushButton>
-#include <QToolButton>
 #include <QRegularExpression>
+#include <QToolButton>
 
 #include "editor_fixture.h"
 #include "zephyr/editor/data_grid_model.h"
@@ -211,8 +211,8 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
       QCOMPARE(Outline(), outline);
     };
     const QPersistentModelIndex title = Grid()->model()->index(0, 0);
-    for (const QPersistentModelIndex& row : {title, QPersistentModelIndex(Row({"10"})),
-                                             QPersistentModelIndex(Row({"10", "10"}))}) {
+    for (const QPersistentModelIndex& row :
+         {title, QPersistentModelIndex(Row({"10"})), QPersistentModelIndex(Row({"10", "10"}))}) {
       for (const char* button : {"cmdAdd1", "cmdAdd2"}) {
         Grid()->setCurrentIndex(row);
         auto* add = Child<QPushButton>(button);
@@ -227,8 +227,8 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
         if (row != title || key == Qt::Key_F1) raised("F-key");
       }
       if (row == title) continue;
-      for (const char* action : {"mnuAddChild", "mnuAddSibling", "mnuCopywithout",
-                                 "mnucopywithchildren"}) {
+      for (const char* action :
+           {"mnuAddChild", "mnuAddSibling", "mnuCopywithout", "mnucopywithchildren"}) {
         Grid()->setCurrentIndex(row);
         if (!Child<QAction>(action)->isEnabled()) continue;
         Child<QAction>(action)->trigger();

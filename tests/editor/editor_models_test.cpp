@@ -77,7 +77,8 @@ class EditorModelsTest : public QObject {
     int32_t juice = popup_->AddItem(drinks, "0104", {"Juice", "6"})->Identity();
     grid_->AppendRow(grid_->IndexOfIdentity(drinks_), juice);
     grid_->SortTree();
-    const std::vector<int32_t> resorted{drinks_, coffee, cocoa_, cola_, juice, tea_, snacks_, crisps_};
+    const std::vector<int32_t> resorted{drinks_, coffee, cocoa_,  cola_,
+                                        juice,   tea_,   snacks_, crisps_};
     QCOMPARE(grid_->IdentitiesInGridOrder(), resorted);
   }
 

@@ -104,12 +104,12 @@ class ExchangeButtonsTest : public QObject, zephyr::testing::EditorFixture {
   void differentStructureIsKeptReplacedOrLeftAlone_data() {
     QTest::addColumn<int>("answer");
     QTest::addColumn<QStringList>("questions");
-    QTest::newRow("Yes keeps the popup's questions") << int(MessageAnswer::kYes)
-                                                     << QStringList({"Group", "Item", "Item"});
-    QTest::newRow("No takes the sheet's headings") << int(MessageAnswer::kNo)
-                                                   << QStringList({"Dept", "Group", "Item"});
-    QTest::newRow("Cancel changes nothing") << int(MessageAnswer::kCancel)
-                                            << QStringList({"Group", "Item"});
+    QTest::newRow("Yes keeps the popup's questions")
+        << int(MessageAnswer::kYes) << QStringList({"Group", "Item", "Item"});
+    QTest::newRow("No takes the sheet's headings")
+        << int(MessageAnswer::kNo) << QStringList({"Dept", "Group", "Item"});
+    QTest::newRow("Cancel changes nothing")
+        << int(MessageAnswer::kCancel) << QStringList({"Group", "Item"});
   }
   void differentStructureIsKeptReplacedOrLeftAlone() {
     QFETCH(int, answer);
