@@ -61,10 +61,12 @@ void EditorState::ConnectDataView() {
     Guarded([&]() { DataAfterEdit(cell, text); });
   });
   delegate->SetKeyFilter(this);
+  delegate->SetMarkCurrentRow(true);
   delegate->SetMarked(
       [](const QModelIndex& cell) { return cell.data(DataGridModel::kKeyChangedRole).toBool(); });
   DataGrid->setItemDelegate(delegate);
   DataGrid->installEventFilter(this);
+  txtFind->installEventFilter(this);
 }
 
 void EditorState::LoadDataGrid() {
@@ -293,7 +295,61 @@ bool EditorState::DataGridKey(QKeyEvent* event, QWidget* editor) {
     DeleteDataItem();
     return true;
   }
-  return false;
+  return MoveOrFold(key) || TypedOnTitle(*event);
+}
+
+bool EditorState::MoveOrFold(int key) {
+  QModelIndex current = DataGrid->currentIndex();
+  if (!current.isValid()) return false;
+  QModelIndex row = current.siblingAtColumn(0);
+  switch (key) {
+    case Qt::Key_Left:
+    case Qt::Key_Right: {
+      // Between the cells of the row, as in a sheet; the node buttons and
+      // + - * open and close the outline.
+      int column = current.column() + (key == Qt::Key_Left ? -1 : 1);
+      if (column >= 0 && column < grid->columnCount()) {
+        DataGrid->setCurrentIndex(current.siblingAtColumn(column));
+      }
+      return true;
+    }
+    case Qt::Key_Plus:
+      DataGrid->expand(row);
+      return true;
+    case Qt::Key_Minus:
+      DataGrid->collapse(row);
+      return true;
+    case Qt::Key_Asterisk:
+      DataGrid->expandRecursively(row);
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool EditorState::TypedOnTitle(const QKeyEvent& event) {
+  // A character typed on an item's cell starts editing it with that
+  // character (the outline's own trigger); the title row takes none.
+  const QString typed = event.text();
+  const auto commands = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
+  bool printable = !typed.isEmpty() && typed.at(0).isPrint() && !(event.modifiers() & commands);
+  return printable && !BeforeEdit(DataGrid->currentIndex());
+}
+
+bool EditorState::FindBoxKey(const QKeyEvent& event) {
+  int key = event.key();
+  if (key == Qt::Key_Escape) {
+    txtFind->clear();
+    return true;
+  }
+  if (key != Qt::Key_Down && key != Qt::Key_Return && key != Qt::Key_Enter) return false;
+  // Into the results: the first row found, at once.
+  find_timer->stop();
+  ApplyFind();
+  QModelIndex first = DataGrid->indexBelow(grid->TitleIndex());
+  DataGrid->setFocus();
+  if (first.isValid()) DataGrid->setCurrentIndex(first);
+  return true;
 }
 
 void EditorState::ApplyFind() {

@@ -101,6 +101,7 @@ bool EditorState::FilterEvent(QObject* watched, QEvent* event) {
     // The in-place editors of the outline sit in its viewport.
     auto* widget = qobject_cast<QWidget*>(watched);
     if (widget && widget->parentWidget() == DataGrid->viewport()) return DataGridKey(key, widget);
+    if (watched == static_cast<QObject*>(txtFind)) return FindBoxKey(*key);
   }
   bool step_box = watched == cboStep || (cboStep && watched == cboStep->lineEdit());
   if (step_box && event->type() == QEvent::FocusOut && !Loading) {

@@ -1,6 +1,7 @@
 #include "edit_delegate.h"
 
 #include <QAbstractItemView>
+#include <QGuiApplication>
 #include <QLineEdit>
 #include <QTimer>
 #include <algorithm>
@@ -26,10 +27,25 @@ QWidget* EditDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem&
 
 void EditDelegate::initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const {
   QStyledItemDelegate::initStyleOption(option, index);
+  if (mark_current_row_) MarkCurrentRow(option, index);
   if (marked_ && marked_(index)) {
     option->palette.setColor(QPalette::Text, Qt::blue);
     option->palette.setColor(QPalette::HighlightedText, Qt::blue);
   }
+}
+
+void EditDelegate::MarkCurrentRow(QStyleOptionViewItem* option, const QModelIndex& index) const {
+  auto* view = qobject_cast<QAbstractItemView*>(parent());
+  QModelIndex current = view ? view->currentIndex() : QModelIndex();
+  if (!current.isValid() || index == current || index.row() != current.row() ||
+      index.parent() != current.parent()) {
+    return;
+  }
+  // The row's other cells are tinted with the desktop's selection colour
+  // (the current cell itself may have any colour the host chose).
+  QColor tint = QGuiApplication::palette().color(QPalette::Highlight);
+  tint.setAlpha(64);
+  option->backgroundBrush = tint;
 }
 
 void EditDelegate::setEditorData(QWidget* editor, const QModelIndex& index) const {

@@ -36,6 +36,8 @@ class EditDelegate : public QStyledItemDelegate {
   void SetCommit(Commit commit) { commit_ = std::move(commit); }
   // Cells drawn in blue: the marked ones.
   void SetMarked(std::function<bool(const QModelIndex&)> marked) { marked_ = std::move(marked); }
+  // Tints the other cells of the current cell's row.
+  void SetMarkCurrentRow(bool mark) { mark_current_row_ = mark; }
   // Sees the key presses of every editor this delegate opens.
   void SetKeyFilter(QObject* filter) { key_filter_ = filter; }
 
@@ -48,6 +50,8 @@ class EditDelegate : public QStyledItemDelegate {
                     const QModelIndex& index) const override;
 
  private:
+  void MarkCurrentRow(QStyleOptionViewItem* option, const QModelIndex& index) const;
+
   MaxLength max_length_;
   Refuse refuse_;
   AfterEdit after_edit_;
@@ -55,6 +59,7 @@ class EditDelegate : public QStyledItemDelegate {
   QObject* key_filter_ = nullptr;
   mutable std::optional<QString> refused_text_;
   std::function<bool(const QModelIndex&)> marked_;
+  bool mark_current_row_ = false;
 };
 
 }  // namespace zephyr::editor

@@ -112,6 +112,12 @@ class EditorState : public QObject {
   void DataAfterEdit(const QModelIndex& cell, const QString& text);
   // A key pressed in the outline, or in the in-place editor open on it.
   bool DataGridKey(QKeyEvent* event, QWidget* editor);
+  // Left and Right move between cells; + - * open and close the outline.
+  bool MoveOrFold(int key);
+  // True for a character typed on the title row, which starts no edit.
+  bool TypedOnTitle(const QKeyEvent& event);
+  // Down or Enter in the find box moves into the results, Escape clears it.
+  bool FindBoxKey(const QKeyEvent& event);
   // Widens a value's column when the cell's text no longer fits.
   void WidenColumnFor(const QModelIndex& cell);
   // Find: shows only the rows matching the text, with their ancestors.

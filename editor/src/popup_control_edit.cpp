@@ -204,7 +204,10 @@ void EditorState::BuildControls() {
   DataGrid->setModel(grid);
   DataGrid->setSelectionBehavior(QAbstractItemView::SelectItems);
   DataGrid->setSelectionMode(QAbstractItemView::SingleSelection);
-  DataGrid->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  // Typing a character starts an edit; Enter, Space and a double click are handled apart.
+  DataGrid->setEditTriggers(QAbstractItemView::AnyKeyPressed);
+  // The whole current row is marked, and repainted when it moves.
+  DataGrid->setAllColumnsShowFocus(true);
   DataGrid->setUniformRowHeights(true);
   DataGrid->setContextMenuPolicy(Qt::CustomContextMenu);
   DataGrid->setExpandsOnDoubleClick(false);

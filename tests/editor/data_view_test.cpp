@@ -283,6 +283,70 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     QCOMPARE(keys->asked, 0);
   }
 
+  // The keyboard habits of a sheet and an outliner: a typed character starts
+  // an edit with it, Left and Right move between cells, + - * fold, and the
+  // find box hands the keyboard to its results.
+  void gridKeysTypeMoveFoldAndFind() {
+    Open();
+    Grid()->setCurrentIndex(Row({"10", "10"}, 1));
+    QTest::keyClicks(Grid(), "K");
+    QTest::keyClicks(QApplication::focusWidget(), "iwi");  // the editor has the keyboard now
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    QApplication::processEvents();
+    QCOMPARE(Item(Row({"10", "10"}))->PopupValues()->Item(Variant(1))->Value(),
+             std::string("Kiwi"));
+    Grid()->setFocus();
+    Grid()->setCurrentIndex(Grid()->model()->index(0, 0));
+    QTest::keyClicks(Grid(), "x");  // the title row is not edited here
+    QCOMPARE(QApplication::focusWidget(), Grid());
+
+    Grid()->setCurrentIndex(Row({"10", "20"}, 1));
+    QTest::keyClick(Grid(), Qt::Key_Left);
+    QCOMPARE(Grid()->currentIndex(), Row({"10", "20"}, 0));
+    QTest::keyClick(Grid(), Qt::Key_Left);  // no further, and not up to the parent
+    QCOMPARE(Grid()->currentIndex(), Row({"10", "20"}, 0));
+    QTest::keyClick(Grid(), Qt::Key_Right);
+    QTest::keyClick(Grid(), Qt::Key_Right);
+    QCOMPARE(Grid()->currentIndex(), Row({"10", "20"}, 2));
+
+    Grid()->setCurrentIndex(Row({"10"}, 1));
+    QTest::keyClick(Grid(), Qt::Key_Minus);
+    QVERIFY(!Grid()->isExpanded(Row({"10"})));
+    QTest::keyClick(Grid(), Qt::Key_Plus);
+    QVERIFY(Grid()->isExpanded(Row({"10"})));
+    Grid()->collapseAll();
+    Grid()->setCurrentIndex(Grid()->model()->index(0, 0));
+    QTest::keyClick(Grid(), Qt::Key_Asterisk);
+    QVERIFY(Grid()->isExpanded(Row({"20"})));
+
+    auto* find = Child<QLineEdit>("txtFind");
+    find->setFocus();
+    QTest::keyClicks(find, "bread");
+    QTest::keyClick(find, Qt::Key_Down);
+    QCOMPARE(QApplication::focusWidget(), Grid());
+    QCOMPARE(Grid()->currentIndex().siblingAtColumn(0), Row({"20"}));
+    QCOMPARE(Outline(), QStringList({"Products", "20", "10"}));
+    find->setFocus();
+    QTest::keyClick(find, Qt::Key_Escape);
+    QCOMPARE(find->text(), QString());
+    QTRY_COMPARE(Outline().size(), 6);
+  }
+
+  // The current cell has the selection's colour, and the rest of its row a tint.
+  void theCurrentRowIsMarked() {
+    Open();
+    Grid()->setCurrentIndex(Row({"10", "10"}, 1));
+    QApplication::processEvents();
+    const QImage shown = Grid()->viewport()->grab().toImage();
+    auto colour = [&](const QModelIndex& cell) {
+      QRect place = Grid()->visualRect(cell);
+      return shown.pixelColor(place.center().x() + place.width() / 4, place.center().y());
+    };
+    const QColor marked = colour(Row({"10", "10"}, 2));
+    const QColor plain = colour(Row({"10", "20"}, 2));
+    QVERIFY2(qAbs(marked.lightness() - plain.lightness()) >= 12, "the row's tint shows");
+  }
+
   void findShowsMatchesWithTheirAncestors() {
     Open();
     auto* find = Child<QLineEdit>("txtFind");
