@@ -11,6 +11,7 @@
 #include <QPrinter>
 #include <QSettings>
 #include <QStatusBar>
+#include <QUndoStack>
 #include <cstdio>
 
 #include "popup_name.h"
@@ -63,6 +64,8 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
   file->addAction(tr("&Quit"), QKeySequence::Quit, this, [this]() { close(); });
   QMenu* edit = menuBar()->addMenu(tr("&Edit"));
   edit->setObjectName(QStringLiteral("menuEdit"));
+  AddUndoActions(edit);
+  edit->addSeparator();
   edit->addAction(tr("Add &Child"), QKeySequence(tr("Ctrl+Shift+N")), this,
                   [this]() { RunEditorCommand(&editor::PopupControlEdit::AddChild); });
   edit->addAction(tr("Add &Sibling"), QKeySequence(tr("Ctrl+Shift+B")), this,
@@ -133,6 +136,30 @@ bool MainWindow::PrintPdf(const QString& path) {
   printer.setOutputFormat(QPrinter::PdfFormat);
   printer.setOutputFileName(path);
   return editor_->PrintPopupData(printer);
+}
+
+void MainWindow::AddUndoActions(QMenu* edit) {
+  QUndoStack* stack = editor_->UndoStack();
+  // "Undo Delete 'Apples (1 kg)'": the command's own text, shown as written.
+  auto named = [](const QString& verb, const QString& command) {
+    QString text = command;
+    return command.isEmpty() ? verb : verb + QLatin1Char(' ') + text.replace('&', "&&");
+  };
+  QAction* undo = edit->addAction(tr("&Undo"), this, [this]() { editor_->undo(); });
+  undo->setShortcuts(QKeySequence::Undo);
+  QAction* redo = edit->addAction(tr("&Redo"), this, [this]() { editor_->redo(); });
+  redo->setShortcuts({QKeySequence(tr("Ctrl+Shift+Z")), QKeySequence(tr("Ctrl+Y"))});
+  auto update = [=]() {
+    undo->setText(named(tr("&Undo"), stack->undoText()));
+    undo->setEnabled(stack->canUndo());
+    redo->setText(named(tr("&Redo"), stack->redoText()));
+    redo->setEnabled(stack->canRedo());
+  };
+  connect(stack, &QUndoStack::indexChanged, this, update);
+  connect(stack, &QUndoStack::cleanChanged, this, update);
+  connect(stack, &QUndoStack::canUndoChanged, this, update);
+  connect(stack, &QUndoStack::canRedoChanged, this, update);
+  update();
 }
 
 void MainWindow::RunEditorCommand(void (editor::PopupControlEdit::*command)()) {

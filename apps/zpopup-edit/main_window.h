@@ -42,6 +42,8 @@ class MainWindow : public QMainWindow {
   // Asks to save unsaved changes: true when the caller may go on.
   bool MaySetAside();
   void UpdateTitle();
+  // Edit > Undo and Redo, named after the command they undo or redo.
+  void AddUndoActions(QMenu* edit);
   // Runs one of the editor's methods, which raise: what they raise is told
   // through the editor, not thrown on through the event loop.
   void RunEditorCommand(void (editor::PopupControlEdit::*command)());

@@ -80,20 +80,22 @@ void DataGridModel::AddItems(GridNode& parent, PopupItems& items) {
   }
 }
 
-void DataGridModel::SortTree() {
-  if (!title_ || (!all_unsorted_ && unsorted_.empty())) return;
+SortRecord DataGridModel::SortTree() {
+  SortRecord record;
+  if (!title_ || (!all_unsorted_ && unsorted_.empty())) return record;
   emit layoutAboutToBeChanged();
-  KeepingPersistentIndexes([this]() {
+  auto sort = [this, &record](GridNode& node) { SortNode(node, record); };
+  KeepingPersistentIndexes([this, &sort]() {
     if (!all_unsorted_) {
       // Every other node is in order already, and sorting it would keep it so.
-      for (int32_t identity : unsorted_) SortNode(*NodeOfId(static_cast<quintptr>(identity)));
+      for (int32_t identity : unsorted_) sort(*NodeOfId(static_cast<quintptr>(identity)));
       return;
     }
     std::vector<GridNode*> pending{title_};
     while (!pending.empty()) {
       GridNode* node = pending.back();
       pending.pop_back();
-      SortNode(*node);
+      sort(*node);
       for (GridNode* child : ChildrenOf(*node)) {
         if (!ChildrenOf(*child).empty()) pending.push_back(child);
       }
@@ -102,15 +104,36 @@ void DataGridModel::SortTree() {
   unsorted_.clear();
   all_unsorted_ = false;
   emit layoutChanged();
+  return record;
 }
 
-void DataGridModel::SortChildren(const QModelIndex& parent) {
+void DataGridModel::RestoreOrder(const SortRecord& record) {
+  if (record.nodes.empty()) return;
+  emit layoutAboutToBeChanged();
+  KeepingPersistentIndexes([this, &record]() {
+    for (const SortRecord::Node& recorded : record.nodes) {
+      GridNode* node = NodeOfId(static_cast<quintptr>(recorded.identity));
+      if (!node || ChildrenOf(*node).size() != recorded.children.size()) continue;
+      std::vector<GridNode*>& children = *node->children;
+      for (size_t i = 0; i < children.size(); ++i) {
+        children[i] = nodes_->Find(recorded.children[i]);
+      }
+      Renumber(*node);
+      unsorted_.insert(recorded.identity);
+    }
+  });
+  emit layoutChanged();
+}
+
+SortRecord DataGridModel::SortChildren(const QModelIndex& parent) {
+  SortRecord record;
   GridNode* node = NodeOf(parent);
-  if (!node) return;
+  if (!node) return record;
   unsorted_.erase(node->identity);
   emit layoutAboutToBeChanged({parent});
-  KeepingPersistentIndexes([this, node]() { SortNode(*node); });
+  KeepingPersistentIndexes([this, node, &record]() { SortNode(*node, record); });
   emit layoutChanged({parent});
+  return record;
 }
 
 void DataGridModel::KeepingPersistentIndexes(const std::function<void()>& reorder) {
@@ -128,8 +151,10 @@ void DataGridModel::KeepingPersistentIndexes(const std::function<void()>& reorde
   changePersistentIndexList(before, after);
 }
 
-void DataGridModel::SortNode(GridNode& node) {
+void DataGridModel::SortNode(GridNode& node, SortRecord& record) {
   if (ChildrenOf(node).size() < 2) return;
+  std::vector<int32_t> before;
+  for (const GridNode* child : ChildrenOf(node)) before.push_back(child->identity);
   std::vector<GridNode*>& children = *node.children;
   std::vector<std::pair<std::string, GridNode*>> keyed;
   keyed.reserve(children.size());
@@ -142,6 +167,12 @@ void DataGridModel::SortNode(GridNode& node) {
                    [](const auto& a, const auto& b) { return a.first < b.first; });
   for (size_t i = 0; i < keyed.size(); ++i) children[i] = keyed[i].second;
   Renumber(node);
+  for (size_t i = 0; i < before.size(); ++i) {
+    if (children[i]->identity != before[i]) {
+      record.nodes.push_back({node.identity, std::move(before)});
+      return;
+    }
+  }
 }
 
 GridNode* DataGridModel::NewNode(int32_t identity, GridNode* parent) {
@@ -214,10 +245,14 @@ bool DataGridModel::SetValue(const QModelIndex& index, const std::string& text) 
   return true;
 }
 
-void DataGridModel::KeyChanged(const QModelIndex& index) {
+void DataGridModel::KeyChanged(const QModelIndex& index, bool marked) {
   GridNode* node = NodeOf(index);
   if (!node || node->identity == 0) return;
-  rekeyed_.insert(node->identity);
+  if (marked) {
+    rekeyed_.insert(node->identity);
+  } else {
+    rekeyed_.erase(node->identity);
+  }
   // Its code moved: its siblings may be out of order now.
   unsorted_.insert(node->parent->identity);
   QModelIndex first = createIndex(node->row, 0, static_cast<quintptr>(node->identity));
@@ -272,6 +307,58 @@ void DataGridModel::RemoveRow(const QModelIndex& index) {
   siblings.erase(siblings.begin() + row);
   Renumber(*parent);
   endRemoveRows();
+}
+
+BranchLayout DataGridModel::LayoutOf(const QModelIndex& index) const {
+  BranchLayout layout;
+  GridNode* top = NodeOf(index);
+  if (!top || top->identity == 0) return layout;
+  std::vector<std::pair<const GridNode*, int>> pending{{top, 0}};
+  while (!pending.empty()) {
+    auto [node, depth] = pending.back();
+    pending.pop_back();
+    layout.rows.push_back({node->identity, depth, rekeyed_.count(node->identity) != 0,
+                           all_unsorted_ || unsorted_.count(node->identity) != 0});
+    const auto& children = ChildrenOf(*node);
+    for (auto child = children.rbegin(); child != children.rend(); ++child) {
+      pending.emplace_back(*child, depth + 1);
+    }
+  }
+  return layout;
+}
+
+QModelIndex DataGridModel::InsertLayout(const QModelIndex& parent, int row,
+                                        const BranchLayout& layout) {
+  GridNode* node = NodeOf(parent);
+  if (!node || layout.rows.empty() || row < 0 || row > static_cast<int>(ChildrenOf(*node).size())) {
+    return {};
+  }
+  QModelIndex parent_cell = createIndex(node->row, 0, static_cast<quintptr>(node->identity));
+  beginInsertRows(parent_cell, row, row);
+  // The branch may stand anywhere among its new siblings: the next sort looks.
+  unsorted_.insert(node->identity);
+  // The rows below the top one come in with it, in the order they had.
+  std::vector<GridNode*> path{node};
+  GridNode* top = nullptr;
+  for (const BranchLayout::Row& laid : layout.rows) {
+    path.resize(static_cast<size_t>(laid.depth) + 1);
+    GridNode* added = NewNode(laid.identity, path.back());
+    if (laid.rekeyed) rekeyed_.insert(laid.identity);
+    if (laid.unsorted) unsorted_.insert(laid.identity);
+    if (!top) {
+      top = added;
+      auto& siblings = MutableChildren(*node);
+      siblings.insert(siblings.begin() + row, added);
+      Renumber(*node);
+    } else {
+      auto& siblings = MutableChildren(*path.back());
+      added->row = static_cast<int>(siblings.size());
+      siblings.push_back(added);
+    }
+    path.push_back(added);
+  }
+  endInsertRows();
+  return createIndex(top->row, 0, static_cast<quintptr>(top->identity));
 }
 
 void DataGridModel::Forget(GridNode& node) {

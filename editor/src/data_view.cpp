@@ -13,9 +13,11 @@
 #include <QPushButton>
 #include <QTimer>
 #include <QTreeView>
+#include <QUndoStack>
 
 #include "edit_delegate.h"
 #include "editor_state.h"
+#include "item_commands.h"
 #include "ole_color.h"
 #include "zephyr/runtime/popup_key.h"
 #include "zephyr/support/debug_log.h"
@@ -75,6 +77,7 @@ void EditorState::LoadDataGrid() {
   // first fill stands for the others.
   if (!(Opening && filled_while_opening)) {
     printed_outline.reset();
+    undo_stack->clear();
     grid->Load(popup);
     SortTree();
     // Expanding the parents one by one keeps the view's bookkeeping to the
@@ -90,9 +93,47 @@ void EditorState::LoadDataGrid() {
   EnableDisable();
 }
 
-void EditorState::SortTree() {
+SortRecord EditorState::SortTree() {
   DebugLog(kEditModule, "Sort_Tree", "Start");
-  grid->SortTree();
+  return grid->SortTree();
+}
+
+QModelIndex EditorState::RowOf(int32_t identity) const {
+  return identity == 0 ? grid->TitleIndex() : grid->IndexOfIdentity(identity);
+}
+
+int32_t EditorState::IdentityOf(const QModelIndex& row) {
+  return row.siblingAtColumn(0).data(Qt::UserRole).toInt();
+}
+
+std::vector<int32_t> EditorState::ExpandedIn(const BranchLayout& layout) const {
+  std::vector<int32_t> expanded;
+  for (const BranchLayout::Row& row : layout.rows) {
+    if (DataGrid->isExpanded(RowOf(row.identity))) expanded.push_back(row.identity);
+  }
+  return expanded;
+}
+
+void EditorState::Expand(const std::vector<int32_t>& identities) {
+  for (int32_t identity : identities) DataGrid->expand(RowOf(identity));
+}
+
+void EditorState::MakeRowCurrent(int32_t identity) {
+  if (identity == 0) {
+    DataGrid->setCurrentIndex(grid->TitleIndex());
+  } else {
+    SelectItemRow(FindItemByIdentity(identity));
+  }
+}
+
+QString EditorState::NameOf(PopupItem& item) {
+  auto values = item.PopupValues();
+  return ToQString(values->Count() > 0 ? values->Item(Variant(1))->Value()
+                                       : OwnCode(item.PopupKey()));
+}
+
+void EditorState::Record(QUndoCommand* command) {
+  undo_stack->push(command);
 }
 
 void EditorState::DataRowChanged() {
@@ -223,9 +264,12 @@ void EditorState::DataAfterEdit(const QModelIndex& cell, const QString& text) {
   QModelIndex row = grid->index(cell.row(), 0, cell.parent());
   if (cell.column() >= 1) {
     QModelIndex value = grid->index(cell.row(), cell.column(), cell.parent());
+    std::string before = ToUtf8(value.data().toString());
     grid->SetValue(value, ToUtf8(text));
     Edited();
     WidenColumnFor(value);
+    Record(new ChangeValueCommand(*this, item->Identity(), cell.column(), std::move(before),
+                                  ToUtf8(value.data().toString())));
     return;
   }
   std::string code(Trim(ToUtf8(text)));
@@ -237,12 +281,16 @@ void EditorState::DataAfterEdit(const QModelIndex& cell, const QString& text) {
       return;  // the cell shows the item's key, which did not change
     }
   }
+  std::string before = OwnCode(item->PopupKey());
+  bool was_marked = grid->IsKeyChanged(row);
   popup->ModifyKey(code, item, item->Level());
   grid->KeyChanged(row);
   // The row's own children are ordered; the row itself keeps its place
   // among its siblings until the next Sort_Tree.
-  grid->SortChildren(row);
+  SortRecord sorted = grid->SortChildren(row);
   Edited();
+  Record(new ChangeKeyCommand(*this, item->Identity(), std::move(before), code, was_marked,
+                              std::move(sorted)));
   // Key entry flows on into the first value, once this editor has closed.
   QModelIndex next = grid->index(row.row(), cell.column() + 1, row.parent());
   if (next.isValid()) {
@@ -368,11 +416,24 @@ void EditorState::DeleteDataItem() {
   }
   QModelIndex current = DataGrid->currentIndex();
   if (!current.isValid() || CurrentIsTitle()) return;
-  QModelIndex above = DataGrid->indexAbove(grid->index(current.row(), 0, current.parent()));
+  QModelIndex row = grid->index(current.row(), 0, current.parent());
+  QModelIndex above = DataGrid->indexAbove(row);
   auto item = CurrentItem();
-  grid->RemoveRow(grid->index(current.row(), 0, current.parent()));
-  if (item) popup->RemoveItem(item);
+  BranchLayout layout = grid->LayoutOf(row);
+  std::vector<int32_t> expanded = ExpandedIn(layout);
+  int32_t parent_identity = IdentityOf(row.parent());
+  int position = row.row();
+  grid->RemoveRow(row);
   Edited();
+  if (item) {
+    QString name = NameOf(*item);
+    PopupClass::DetachedItem detached = popup->DetachItem(item);
+    if (detached.item) {
+      Record(new DeleteBranchCommand(*this, QStringLiteral("Delete '%1'").arg(name),
+                                     std::move(detached), parent_identity, position,
+                                     std::move(layout), std::move(expanded)));
+    }
+  }
   DataGrid->setCurrentIndex(above.isValid() ? above : grid->TitleIndex());
   if (CurrentIsTitle()) cmdDelete->setEnabled(false);
 }

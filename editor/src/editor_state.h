@@ -19,6 +19,8 @@
 #include "zephyr/support/errors.h"
 
 class QAction;
+class QUndoCommand;
+class QUndoStack;
 class QComboBox;
 class QFrame;
 class QGroupBox;
@@ -93,7 +95,7 @@ class EditorState : public QObject {
   // --- data view ---
   void ConnectDataView();
   void LoadDataGrid();
-  void SortTree();
+  SortRecord SortTree();
   void DataRowChanged();
   void CurrentItemSelected();
   std::shared_ptr<PopupItem> CurrentItem();
@@ -123,6 +125,21 @@ class EditorState : public QObject {
   // Find: shows only the rows matching the text, with their ancestors.
   void ApplyFind();
 
+  // --- rows by identity, for the undoable commands ---
+  // The row of an item; the title row for identity 0.
+  QModelIndex RowOf(int32_t identity) const;
+  // The item identity of a row; 0 for the title row.
+  static int32_t IdentityOf(const QModelIndex& row);
+  // The rows of a branch that are expanded, and expanding them again.
+  std::vector<int32_t> ExpandedIn(const BranchLayout& layout) const;
+  void Expand(const std::vector<int32_t>& identities);
+  // Makes an item's row (the title row for 0) current as SelectItemRow does.
+  void MakeRowCurrent(int32_t identity);
+  // How a command names an item: its first value, else its code.
+  static QString NameOf(PopupItem& item);
+  // Pushes a command for an edit already made.
+  void Record(QUndoCommand* command);
+
   // --- item operations ---
   void AddChild();
   void AddSibling();
@@ -134,7 +151,10 @@ class EditorState : public QObject {
   // The key step: the step box's text as a 16-bit integer (type mismatch
   // when it is no number).
   int16_t KeyStep() const;
-  void AddGridRow(const QModelIndex& parent_row, const std::shared_ptr<PopupItem>& item);
+  // Adds the new item's row where Sort_Tree puts it, sorts, and records the
+  // addition for undo under `text`.
+  void AddGridRow(const QModelIndex& parent_row, const std::shared_ptr<PopupItem>& item,
+                  const QString& text);
   std::shared_ptr<PopupItem> AddSiblingItem(const std::shared_ptr<PopupItem>& current);
   QModelIndex ParentRowOf(const PopupItem& item);
   void CopyPopupItem();
@@ -229,6 +249,9 @@ class EditorState : public QObject {
   LevelListModel* LevelList = nullptr;
   FieldListModel* FieldList = nullptr;
   DataGridModel* grid = nullptr;
+  // The data view's item edits, undoable; emptied when the design view
+  // takes over and whenever the outline is filled anew.
+  QUndoStack* undo_stack = nullptr;
 
   // Child controls, named as the component names them.
   TabStrip* tbsZephyrPopup = nullptr;

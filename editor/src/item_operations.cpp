@@ -4,6 +4,7 @@
 #include <QTreeView>
 
 #include "editor_state.h"
+#include "item_commands.h"
 #include "zephyr/runtime/item_access.h"
 #include "zephyr/runtime/popup_key.h"
 #include "zephyr/support/debug_log.h"
@@ -85,14 +86,18 @@ std::shared_ptr<PopupItem> EditorState::AddpopupDataItem(
   return popup->AddItem(AddLevel == 1 ? nullptr : AddParent, key, values);
 }
 
-void EditorState::AddGridRow(const QModelIndex& parent_row,
-                             const std::shared_ptr<PopupItem>& item) {
+void EditorState::AddGridRow(const QModelIndex& parent_row, const std::shared_ptr<PopupItem>& item,
+                             const QString& text) {
+  int32_t current_before = IdentityOf(DataGrid->currentIndex());
+  bool parent_was_expanded = DataGrid->isExpanded(parent_row);
   // Where Sort_Tree would put it: it then has only what edits unsorted to order.
   QModelIndex row = grid->InsertRowInOrder(parent_row, item->Identity());
   DataGrid->expand(row.parent());
-  SortTree();
+  SortRecord sorted = SortTree();
   SelectItemRow(item);
   SetModified(true);
+  Record(new AddBranchCommand(*this, text, item->Identity(), current_before, parent_was_expanded,
+                              std::move(sorted)));
 }
 
 void EditorState::AddChild() {
@@ -118,7 +123,7 @@ void EditorState::AddChild() {
     SetDataChanged(true);  // only a cancelled add marks the popup changed
     return;
   }
-  AddGridRow(parent_row, added);
+  AddGridRow(parent_row, added, QStringLiteral("New Child"));
   DataGrid->setFocus();
   EnableDisable();
 }
@@ -151,7 +156,7 @@ void EditorState::AddSibling() {
     SetDataChanged(true);
     return;
   }
-  AddGridRow(ParentRowOf(*added), added);
+  AddGridRow(ParentRowOf(*added), added, QStringLiteral("New Sibling"));
   DataGrid->setFocus();
 }
 
@@ -161,7 +166,8 @@ void EditorState::CopyPopupItem() {
   if (!current) return;
   // A fresh sibling: the menu says copy, but nothing of the item is copied.
   auto added = AddSiblingItem(current);
-  if (added) AddGridRow(ParentRowOf(*added), added);
+  if (added)
+    AddGridRow(ParentRowOf(*added), added, QStringLiteral("Copy '%1'").arg(NameOf(*current)));
 }
 
 void EditorState::CopyPopupItemW_Children() {
@@ -173,15 +179,21 @@ void EditorState::CopyPopupItemW_Children() {
   std::string code = OwnCode(added->PopupKey());
   CloneNewItem(added, source);
   popup->ModifyKey(code, added, added->Level());
-  QModelIndex row = grid->AppendRow(ParentRowOf(*added), added->Identity());
+  int32_t current_before = IdentityOf(DataGrid->currentIndex());
+  QModelIndex parent_row = ParentRowOf(*added);
+  bool parent_was_expanded = DataGrid->isExpanded(parent_row);
+  QModelIndex row = grid->AppendRow(parent_row, added->Identity());
   LogAdd2GridCopy(*added);
   grid->AppendBranch(row, *added);
   SetModified(true);
-  SortTree();
+  SortRecord sorted = SortTree();
   QModelIndex copied = grid->IndexOfIdentity(added->Identity());
   DataGrid->expand(copied.parent());
   DataGrid->expandRecursively(copied);
   SelectItemRow(added);
+  Record(new AddBranchCommand(*this, QStringLiteral("Copy '%1' with Children").arg(NameOf(*source)),
+                              added->Identity(), current_before, parent_was_expanded,
+                              std::move(sorted)));
 }
 
 void EditorState::CloneNewItem(const std::shared_ptr<PopupItem>& target,

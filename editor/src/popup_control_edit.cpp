@@ -16,6 +16,7 @@
 #include <QTimer>
 #include <QToolButton>
 #include <QTreeView>
+#include <QUndoStack>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -66,6 +67,9 @@ void EditorState::BuildControls() {
   LevelList = new LevelListModel(this);
   FieldList = new FieldListModel(this);
   grid = new DataGridModel(this);
+  undo_stack = new QUndoStack(this);
+  connect(undo_stack, &QUndoStack::canUndoChanged, q, &PopupControlEdit::canUndoChanged);
+  connect(undo_stack, &QUndoStack::canRedoChanged, q, &PopupControlEdit::canRedoChanged);
 
   auto* outer = new QVBoxLayout(q);
   outer->setContentsMargins(4, 4, 4, 4);
@@ -329,6 +333,8 @@ void EditorState::LoadDesignMode() {
   emit q->BeforeDesignMode();
   Loading = true;
   DataMode = false;
+  // The item edits are the data view's: the design view may change the items.
+  undo_stack->clear();
   FillDesignGrids();
   // One view at a time: both shown at once would make the window as tall as both.
   FraDataMode->setVisible(false);
@@ -570,6 +576,18 @@ void PopupControlEdit::AddChild() {
 void PopupControlEdit::AddSibling() {
   state_->AddSibling();
   state_->EnableDisable();
+}
+
+QUndoStack* PopupControlEdit::UndoStack() const {
+  return state_->undo_stack;
+}
+
+void PopupControlEdit::undo() {
+  if (state_->DataMode) state_->Guarded([this]() { state_->undo_stack->undo(); });
+}
+
+void PopupControlEdit::redo() {
+  if (state_->DataMode) state_->Guarded([this]() { state_->undo_stack->redo(); });
 }
 
 void PopupControlEdit::ReportError(const std::exception& error) {

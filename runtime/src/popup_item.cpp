@@ -221,4 +221,14 @@ void ItemAccess::Reserve(PopupItems& items, int32_t count) {
   items.items_.Reserve(count);
 }
 
+std::pair<std::shared_ptr<PopupItem>, CollectionKey> ItemAccess::TakeAt(PopupItems& items,
+                                                                        int32_t position) {
+  return items.items_.TakeAt(position);
+}
+
+void ItemAccess::PutAt(PopupItems& items, int32_t position, std::shared_ptr<PopupItem> item,
+                       CollectionKey key) {
+  items.items_.PutAt(position, std::move(item), std::move(key));
+}
+
 }  // namespace zephyr

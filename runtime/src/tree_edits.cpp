@@ -25,17 +25,27 @@ std::shared_ptr<PopupItem> PopupClass::AddItem(const std::shared_ptr<PopupItem>&
 }
 
 bool PopupClass::RemoveItem(const std::shared_ptr<PopupItem>& item) {
+  return DetachItem(item).item != nullptr;
+}
+
+PopupClass::DetachedItem PopupClass::DetachItem(const std::shared_ptr<PopupItem>& item) {
   auto siblings = SiblingsOf(*item);
-  if (!siblings) return false;
+  if (!siblings) return {};
   int32_t position = 1;
   for (const auto& sibling : *siblings) {
     if (sibling == item) {
-      siblings->Remove(Variant(position));
-      return true;
+      auto [taken, key] = ItemAccess::TakeAt(*siblings, position);
+      return {std::move(taken), item->Level() == 1 ? nullptr : item->Parent(), position,
+              std::move(key)};
     }
     ++position;
   }
-  return false;
+  return {};
+}
+
+void PopupClass::ReattachItem(const DetachedItem& detached) {
+  auto siblings = detached.parent ? detached.parent->Children() : PopupItems();
+  ItemAccess::PutAt(*siblings, detached.position, detached.item, detached.key);
 }
 
 }  // namespace zephyr

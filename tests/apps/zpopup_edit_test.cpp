@@ -109,6 +109,29 @@ class ZpopupEditTest : public QObject {
     QCOMPARE(Menu("menuRecent")->actions().size(), 1);
   }
 
+  // Edit > Undo and Redo name the command and answer their keys.
+  void undoAndRedoAreNamedAndTakeTheirKeys() {
+    QMenu* edit = Menu("menuEdit");
+    QAction* undo = ActionNamed(edit, "&Undo");
+    QVERIFY(!undo->isEnabled());
+    auto fruit = Outline()->model()->index(0, 0, Outline()->model()->index(0, 0));
+    Outline()->setFocus();
+    Outline()->setCurrentIndex(Outline()->model()->index(0, 0, fruit));  // Apples
+    messages_->answers = {zephyr::MessageAnswer::kYes};
+    QTest::keyClick(Outline(), Qt::Key_Delete);
+    QCOMPARE(undo->text(), QString("&Undo Delete 'Apples'"));
+    auto children = window_->Editor()->Popup()->PopupItems()->Item(zephyr::Variant(1))->Children();
+    QCOMPARE(children->Count(), 1);
+    QTest::keySequence(Outline(), QKeySequence(Qt::CTRL | Qt::Key_Z));
+    QCOMPARE(children->Count(), 2);
+    QCOMPARE(ActionNamed(edit, "&Redo")->text(), QString("&Redo Delete 'Apples'"));
+    QTest::keySequence(Outline(), QKeySequence(Qt::CTRL | Qt::Key_Y));
+    QCOMPARE(children->Count(), 1);
+    QTest::keySequence(Outline(), QKeySequence(Qt::CTRL | Qt::Key_Z));
+    QTest::keySequence(Outline(), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z));
+    QCOMPARE(children->Count(), 1);
+  }
+
   // The Edit menu shows the keys; a command that raises is told, not thrown.
   void editMenuShowsItsKeysAndSurvivesARaisingCommand() {
     QMenu* edit = Menu("menuEdit");

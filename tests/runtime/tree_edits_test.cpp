@@ -41,5 +41,42 @@ TEST(TreeEditsTest, RemoveItemFreesTheBranch) {
   EXPECT_FALSE(popup.RemoveItem(other));  // no longer in the top-level list
 }
 
+// Taken out and put back, a branch is where and what it was: its place among
+// its siblings, the key it is found under, its identities; lists past the
+// size at which they keep an index included.
+TEST(TreeEditsTest, ADetachedBranchGoesBackWhereItWas) {
+  for (int siblings : {3, 40}) {
+    SCOPED_TRACE(siblings);
+    PopupClass popup;
+    popup.ReplaceLevels({{Variant("Aisle"), 1}, {Variant("Shelf"), 2}});
+    auto top = popup.AddItem(nullptr, "  01", {"Drinks"});
+    for (int code = 1; code <= siblings; ++code) {
+      std::string key = "01" + std::string(code < 10 ? "0" : "") + std::to_string(code);
+      popup.AddItem(top, key, {"Item"});
+    }
+    auto second = top->Children()->Item(2);
+    const int32_t second_id = second->Identity();
+
+    PopupClass::DetachedItem detached = popup.DetachItem(second);
+    second.reset();
+    ASSERT_EQ(detached.item->Identity(), second_id);
+    EXPECT_EQ(detached.parent, top);
+    EXPECT_EQ(detached.position, 2);
+    EXPECT_EQ(top->Children()->Count(), siblings - 1);
+    EXPECT_EQ(top->Children()->Item("0102"), nullptr);
+    EXPECT_EQ(FindItemByIdentity(second_id), detached.item);  // held, so still known
+
+    popup.ReattachItem(detached);
+    EXPECT_EQ(top->Children()->Item(2), detached.item);
+    EXPECT_EQ(top->Children()->Item("0102"), detached.item);
+    EXPECT_EQ(top->Children()->Item("0103")->Identity(), top->Children()->Item(3)->Identity());
+    EXPECT_EQ(testing::ErrorNumberOf([&] { popup.ReattachItem(detached); }), 457);
+  }
+  PopupClass popup;
+  auto only = popup.AddItem(nullptr, "  01", {});
+  EXPECT_EQ(popup.DetachItem(only).parent, nullptr);
+  EXPECT_EQ(popup.DetachItem(only).item, nullptr);  // no longer in its list
+}
+
 }  // namespace
 }  // namespace zephyr

@@ -34,6 +34,29 @@ struct GridNode {
 
 class NodeIndex;
 
+// The children of the nodes a sort moved, in their order before it: what
+// puts the outline back as it was.
+struct SortRecord {
+  struct Node {
+    int32_t identity;               // 0 for the title row
+    std::vector<int32_t> children;  // identities, in the order before
+  };
+  std::vector<Node> nodes;
+};
+
+// The rows of a branch as the outline showed them: each row's identity, its
+// depth below the branch's top row (0), whether its key was marked as
+// changed and whether its children awaited a sort; top to bottom.
+struct BranchLayout {
+  struct Row {
+    int32_t identity;
+    int depth;
+    bool rekeyed;
+    bool unsorted;
+  };
+  std::vector<Row> rows;
+};
+
 class DataGridModel : public QAbstractItemModel {
   Q_OBJECT
 
@@ -50,9 +73,14 @@ class DataGridModel : public QAbstractItemModel {
   // Orders the children of every node by the text of column 0. Only the
   // nodes whose children an edit may have put out of order since the last
   // sort are visited (all of them after a Load): the result is the same.
-  void SortTree();
-  // Orders the children of one node by the text of column 0.
-  void SortChildren(const QModelIndex& parent);
+  // Answers what it moved.
+  SortRecord SortTree();
+  // Puts the children of the recorded nodes back in their recorded order;
+  // they count as unsorted again.
+  void RestoreOrder(const SortRecord& record);
+  // Orders the children of one node by the text of column 0; answers what
+  // it moved.
+  SortRecord SortChildren(const QModelIndex& parent);
 
   // Adds a row for an item as the last child of a row; Sort_Tree or
   // SortChildren then puts it in its place.
@@ -65,14 +93,22 @@ class DataGridModel : public QAbstractItemModel {
   void AppendBranch(const QModelIndex& row, PopupItem& item);
   // Removes a row and the rows of its whole branch.
   void RemoveRow(const QModelIndex& index);
+  // The rows of a row's branch, as RemoveRow would remove them.
+  BranchLayout LayoutOf(const QModelIndex& index) const;
+  // Puts rows laid out so back as the given row under a parent row (the
+  // items must exist), leaving the parent's children to the next sort;
+  // answers the branch's top row.
+  QModelIndex InsertLayout(const QModelIndex& parent, int row, const BranchLayout& layout);
 
   // Writes a cell of an item row into the item: column c >= 1 is value c.
   // Column 0, the key, changes only through the popup's ModifyKey; call
   // KeyChanged afterwards.
   bool SetValue(const QModelIndex& index, const std::string& text);
-  // Marks the row's key as changed (shown in blue) and refreshes it; the row
-  // keeps its place until its siblings are sorted.
-  void KeyChanged(const QModelIndex& index);
+  // Marks the row's key as changed (shown in blue), or no longer, and
+  // refreshes it; the row keeps its place until its siblings are sorted.
+  void KeyChanged(const QModelIndex& index, bool marked = true);
+  // True when the row's key is marked as changed.
+  bool IsKeyChanged(const QModelIndex& index) const { return index.data(kKeyChangedRole).toBool(); }
 
   // The rows whose key or a value contains the text (ignoring case), with
   // all their ancestors; every row for an empty text. Visits every row once.
@@ -103,7 +139,8 @@ class DataGridModel : public QAbstractItemModel {
   GridNode* NodeOf(const QModelIndex& index) const;
   GridNode* NodeOfId(quintptr id) const;
   void AddItems(GridNode& parent, PopupItems& items);
-  void SortNode(GridNode& node);
+  // Sorts a node's children, recording their order before when it changed.
+  void SortNode(GridNode& node, SortRecord& record);
   // Runs a reordering of rows and moves every persistent index with its row.
   void KeepingPersistentIndexes(const std::function<void()>& reorder);
   // A node from the pool, registered under its identity.

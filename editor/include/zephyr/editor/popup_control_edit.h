@@ -17,6 +17,7 @@
 #include <QWidget>
 
 class QPrinter;
+class QUndoStack;
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -123,6 +124,11 @@ class PopupControlEdit : public QWidget {
   void AddChild();
   void AddSibling();
 
+  // The data view's item edits (values, keys, new items, copies, deletions),
+  // each undoable while the data view shows; leaving the data view and
+  // filling the outline anew (opening, importing, pasting) empty it.
+  QUndoStack* UndoStack() const;
+
   // Tells the user of an error as the editor's own commands do, through the
   // message box: for a host whose menu calls a method that raises.
   void ReportError(const std::exception& error);
@@ -165,6 +171,15 @@ class PopupControlEdit : public QWidget {
   void DataChangedChanged(bool changed);
   // Modified changed.
   void modifiedChanged(bool modified);
+  // Whether there is an edit to undo or redo changed.
+  void canUndoChanged(bool can_undo);
+  void canRedoChanged(bool can_redo);
+
+ public slots:
+  // Undoes / redoes the last item edit in the data view; an error is told,
+  // not thrown on.
+  void undo();
+  void redo();
 
  protected:
   void resizeEvent(QResizeEvent* event) override;

@@ -13,6 +13,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "zephyr/runtime/collection_key.h"
@@ -113,6 +114,32 @@ class Collection {
     Pointer removed = std::move(entries_[offset].element);
     entries_.erase(entries_.begin() + static_cast<std::ptrdiff_t>(offset));
     if (!index_.empty()) RebuildIndex(entries_.size());
+  }
+
+  // Takes the element at a position out, with its key, raising subscript
+  // out of range; PutAt puts such an element back.
+  std::pair<Pointer, CollectionKey> TakeAt(int32_t position) {
+    At(position);  // range check
+    auto offset = static_cast<std::ptrdiff_t>(position - 1);
+    Entry taken = std::move(entries_[static_cast<size_t>(offset)]);
+    entries_.erase(entries_.begin() + offset);
+    if (!index_.empty()) RebuildIndex(entries_.size());
+    return {std::move(taken.element), std::move(taken.key)};
+  }
+
+  // Inserts an element at a position (Count() + 1 appends) under a key or
+  // none; a key already present raises duplicate key (457) and a position
+  // outside the list subscript out of range (9), and nothing is added.
+  void PutAt(int32_t position, Pointer element, CollectionKey key) {
+    if (position < 1 || position > Count() + 1) {
+      throw RuntimeError(RuntimeErrorCode::kSubscriptOutOfRange,
+                         "no place at position " + std::to_string(position));
+    }
+    if (key.HasKey() && FindEntry(std::string(key.Text())) != nullptr) {
+      throw RuntimeError(RuntimeErrorCode::kDuplicateKey, "key '" + std::string(key.Text()) + "'");
+    }
+    entries_.insert(entries_.begin() + (position - 1), {std::move(element), std::move(key)});
+    RebuildIndex(entries_.size());
   }
 
   // Removes every element, first to last.

@@ -9,6 +9,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "zephyr/runtime/popup_item.h"
 #include "zephyr/runtime/popup_items.h"
@@ -29,6 +30,12 @@ struct ItemAccess {
                           const std::function<void(std::string_view)>& visit);
   // Makes room for `count` items in all.
   static void Reserve(PopupItems& items, int32_t count);
+  // Takes the item at a position out of a sibling list, with its key, and
+  // puts such an item back.
+  static std::pair<std::shared_ptr<PopupItem>, CollectionKey> TakeAt(PopupItems& items,
+                                                                     int32_t position);
+  static void PutAt(PopupItems& items, int32_t position, std::shared_ptr<PopupItem> item,
+                    CollectionKey key);
 };
 
 }  // namespace zephyr

@@ -154,6 +154,22 @@ class PopupClass : public Object {
   // is not in the list it should be in.
   bool RemoveItem(const std::shared_ptr<PopupItem>& item);
 
+  // An item taken out of its sibling list with its whole branch, and the
+  // place it had there. While it is held, the item and its branch keep
+  // their identities.
+  struct DetachedItem {
+    std::shared_ptr<PopupItem> item;
+    std::shared_ptr<PopupItem> parent;  // null for a top-level item
+    int32_t position = 0;               // 1-based, in the sibling list
+    CollectionKey key;                  // the key it was added under
+  };
+  // Takes the item out of its sibling list; nothing (an empty item) when it
+  // is not in the list it should be in.
+  DetachedItem DetachItem(const std::shared_ptr<PopupItem>& item);
+  // Puts a detached item back where it was, under the key it had. The
+  // sibling list must be as it was when the item was taken out.
+  void ReattachItem(const DetachedItem& detached);
+
   // The names of the popup's files, as derived from DataSource.
   const std::string& DataFileName() const { return data_file_name_; }
   const std::string& WorkFileName() const { return work_file_name_; }

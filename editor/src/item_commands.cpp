@@ -1,0 +1,138 @@
+#include "item_commands.h"
+
+#include <QTreeView>
+#include <utility>
+
+#include "editor_state.h"
+#include "zephyr/runtime/popup_key.h"
+
+namespace zephyr::editor {
+
+void ItemCommand::undo() {
+  Undo();
+  state_.Edited();
+}
+
+void ItemCommand::redo() {
+  // The edit itself was made before the command was pushed.
+  if (std::exchange(done_, false)) return;
+  Redo();
+  state_.Edited();
+}
+
+ChangeValueCommand::ChangeValueCommand(EditorState& state, int32_t identity, int column,
+                                       std::string before, std::string after)
+    : ItemCommand(state,
+                  QStringLiteral("Change '%1' to '%2'").arg(ToQString(before), ToQString(after))),
+      identity_(identity),
+      column_(column),
+      before_(std::move(before)),
+      after_(std::move(after)) {}
+
+void ChangeValueCommand::Undo() {
+  Show(before_);
+}
+
+void ChangeValueCommand::Redo() {
+  Show(after_);
+}
+
+void ChangeValueCommand::Show(const std::string& text) {
+  QModelIndex cell = state_.RowOf(identity_).siblingAtColumn(column_);
+  state_.grid->SetValue(cell, text);
+  state_.WidenColumnFor(cell);
+  state_.DataGrid->setCurrentIndex(cell);
+}
+
+ChangeKeyCommand::ChangeKeyCommand(EditorState& state, int32_t identity, std::string before,
+                                   std::string after, bool was_marked, SortRecord sorted)
+    : ItemCommand(state,
+                  QStringLiteral("Change Key %1 to %2").arg(ToQString(before), ToQString(after))),
+      identity_(identity),
+      before_(std::move(before)),
+      after_(std::move(after)),
+      was_marked_(was_marked),
+      sorted_(std::move(sorted)) {}
+
+void ChangeKeyCommand::Undo() {
+  QModelIndex row = state_.RowOf(identity_);
+  state_.grid->RestoreOrder(sorted_);
+  auto item = FindItemByIdentity(identity_);
+  state_.popup->ModifyKey(before_, item, item->Level());
+  state_.grid->KeyChanged(row, was_marked_);
+  state_.DataGrid->setCurrentIndex(row);
+}
+
+void ChangeKeyCommand::Redo() {
+  QModelIndex row = state_.RowOf(identity_);
+  auto item = FindItemByIdentity(identity_);
+  state_.popup->ModifyKey(after_, item, item->Level());
+  state_.grid->KeyChanged(row);
+  sorted_ = state_.grid->SortChildren(row);
+  state_.DataGrid->setCurrentIndex(row);
+}
+
+AddBranchCommand::AddBranchCommand(EditorState& state, const QString& text, int32_t identity,
+                                   int32_t current_before, bool parent_was_expanded,
+                                   SortRecord sorted)
+    : ItemCommand(state, text),
+      identity_(identity),
+      parent_identity_(state.IdentityOf(state.RowOf(identity).parent())),
+      current_before_(current_before),
+      parent_was_expanded_(parent_was_expanded),
+      sorted_(std::move(sorted)) {}
+
+void AddBranchCommand::Undo() {
+  state_.grid->RestoreOrder(sorted_);
+  QModelIndex row = state_.RowOf(identity_);
+  row_ = row.row();
+  layout_ = state_.grid->LayoutOf(row);
+  expanded_ = state_.ExpandedIn(layout_);
+  state_.grid->RemoveRow(row);
+  detached_ = state_.popup->DetachItem(FindItemByIdentity(identity_));
+  if (!parent_was_expanded_) state_.DataGrid->collapse(state_.RowOf(parent_identity_));
+  state_.MakeRowCurrent(current_before_);
+}
+
+void AddBranchCommand::Redo() {
+  state_.popup->ReattachItem(detached_);
+  detached_ = {};
+  QModelIndex parent = state_.RowOf(parent_identity_);
+  state_.grid->InsertLayout(parent, row_, layout_);
+  state_.DataGrid->expand(parent);
+  state_.Expand(expanded_);
+  sorted_ = state_.grid->SortTree();
+  state_.MakeRowCurrent(identity_);
+}
+
+DeleteBranchCommand::DeleteBranchCommand(EditorState& state, const QString& text,
+                                         PopupClass::DetachedItem detached, int32_t parent_identity,
+                                         int row, BranchLayout layout,
+                                         std::vector<int32_t> expanded)
+    : ItemCommand(state, text),
+      detached_(std::move(detached)),
+      identity_(detached_.item->Identity()),
+      parent_identity_(parent_identity),
+      row_(row),
+      layout_(std::move(layout)),
+      expanded_(std::move(expanded)) {}
+
+void DeleteBranchCommand::Undo() {
+  state_.popup->ReattachItem(detached_);
+  detached_ = {};
+  QModelIndex parent = state_.RowOf(parent_identity_);
+  QModelIndex row = state_.grid->InsertLayout(parent, row_, layout_);
+  state_.DataGrid->expand(parent);
+  state_.Expand(expanded_);
+  state_.DataGrid->setCurrentIndex(row);
+}
+
+void DeleteBranchCommand::Redo() {
+  QModelIndex row = state_.RowOf(identity_);
+  QModelIndex above = state_.DataGrid->indexAbove(row);
+  state_.grid->RemoveRow(row);
+  detached_ = state_.popup->DetachItem(FindItemByIdentity(identity_));
+  state_.DataGrid->setCurrentIndex(above.isValid() ? above : state_.grid->TitleIndex());
+}
+
+}  // namespace zephyr::editor

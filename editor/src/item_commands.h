@@ -1,0 +1,107 @@
+// The data view's item edits as undoable commands. Each is pushed once its
+// edit is made (its first redo does nothing) and undoes and redoes the popup
+// and the outline together: values, keys, the order of the rows, their marks,
+// the expansion of the rows it touches and the current cell.
+#ifndef ZEPHYR_EDITOR_ITEM_COMMANDS_H_
+#define ZEPHYR_EDITOR_ITEM_COMMANDS_H_
+
+#include <QUndoCommand>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "zephyr/editor/data_grid_model.h"
+#include "zephyr/runtime/popup_class.h"
+
+namespace zephyr::editor {
+
+class EditorState;
+
+// The base: the state it works on and the first redo that is skipped.
+class ItemCommand : public QUndoCommand {
+ public:
+  void undo() final;
+  void redo() final;
+
+ protected:
+  ItemCommand(EditorState& state, const QString& text) : QUndoCommand(text), state_(state) {}
+  virtual void Undo() = 0;
+  virtual void Redo() = 0;
+  EditorState& state_;
+
+ private:
+  bool done_ = true;
+};
+
+// A value typed into a cell.
+class ChangeValueCommand : public ItemCommand {
+ public:
+  ChangeValueCommand(EditorState& state, int32_t identity, int column, std::string before,
+                     std::string after);
+
+ private:
+  void Undo() override;
+  void Redo() override;
+  void Show(const std::string& text);
+  int32_t identity_;
+  int column_;
+  std::string before_, after_;
+};
+
+// A code typed into a key cell, with its branch renumbered.
+class ChangeKeyCommand : public ItemCommand {
+ public:
+  ChangeKeyCommand(EditorState& state, int32_t identity, std::string before, std::string after,
+                   bool was_marked, SortRecord sorted);
+
+ private:
+  void Undo() override;
+  void Redo() override;
+  int32_t identity_;
+  std::string before_, after_;
+  bool was_marked_;
+  SortRecord sorted_;
+};
+
+// A new item or a copied branch.
+class AddBranchCommand : public ItemCommand {
+ public:
+  AddBranchCommand(EditorState& state, const QString& text, int32_t identity,
+                   int32_t current_before, bool parent_was_expanded, SortRecord sorted);
+
+ private:
+  void Undo() override;
+  void Redo() override;
+  int32_t identity_;
+  int32_t parent_identity_ = 0;
+  int32_t current_before_;
+  bool parent_was_expanded_;
+  SortRecord sorted_;
+  // Filled by the undo, for the redo.
+  PopupClass::DetachedItem detached_;
+  int row_ = 0;
+  BranchLayout layout_;
+  std::vector<int32_t> expanded_;
+};
+
+// A deleted item and its branch.
+class DeleteBranchCommand : public ItemCommand {
+ public:
+  DeleteBranchCommand(EditorState& state, const QString& text, PopupClass::DetachedItem detached,
+                      int32_t parent_identity, int row, BranchLayout layout,
+                      std::vector<int32_t> expanded);
+
+ private:
+  void Undo() override;
+  void Redo() override;
+  PopupClass::DetachedItem detached_;
+  int32_t identity_;
+  int32_t parent_identity_;
+  int row_;
+  BranchLayout layout_;
+  std::vector<int32_t> expanded_;
+};
+
+}  // namespace zephyr::editor
+
+#endif  // ZEPHYR_EDITOR_ITEM_COMMANDS_H_
