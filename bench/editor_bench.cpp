@@ -3,7 +3,8 @@
 // in the same run), the memory the outline adds per item, single edits in a
 // 100,000-item tree, and saving in outline order (against saving through
 // PopupClass alone), and printing the outline to PDF (against writing the same
-// lines to a PDF one after another).
+// lines to a PDF one after another), and undoing and redoing edits in a
+// million-item tree (against the edits themselves).
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
@@ -218,6 +219,102 @@ BENCHMARK_DEFINE_F(EditFixture, KeyChange)(benchmark::State& state) {
   }
 }
 
+// Undo and redo in a popup of a million items, each against the edit it
+// undoes in the same run: a deleted branch of 100,830 items (the first
+// top-level item) and a typed value.
+class MillionFixture : public benchmark::Fixture {
+ public:
+  void SetUp(const benchmark::State&) override {
+    editor = ShownEditor();
+    editor->OpenPopup(Folder(), MakePopup(1'000'000));
+    grid = editor->findChild<QTreeView*>("DataGrid");
+    grid->setFocus();
+    QApplication::processEvents();
+  }
+  void TearDown(const benchmark::State&) override { editor.reset(); }
+
+  QModelIndex FirstBranch() { return grid->model()->index(0, 0, grid->model()->index(0, 0)); }
+  void DeleteFirstBranch() {
+    grid->setCurrentIndex(FirstBranch());
+    editor->DeleteCurrentItem();  // the message box answers Yes
+    QApplication::processEvents();
+  }
+  // Types a value into the description of the first branch's first item.
+  void TypeValue(const QString& text) {
+    QModelIndex cell = grid->model()->index(0, 1, FirstBranch());
+    grid->setCurrentIndex(cell);
+    QTest::keyClick(grid, Qt::Key_Return);
+    auto* line = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+    if (!line) qFatal("no editor opened");
+    line->setText(text);
+    QTest::keyClick(line, Qt::Key_Return);
+    QApplication::processEvents();
+    grid->setFocus();
+  }
+  void Undo() {
+    editor->undo();
+    QApplication::processEvents();
+  }
+  void Redo() {
+    editor->redo();
+    QApplication::processEvents();
+  }
+
+  std::unique_ptr<editor::PopupControlEdit> editor;
+  QTreeView* grid = nullptr;
+};
+
+BENCHMARK_DEFINE_F(MillionFixture, DeleteBranch)(benchmark::State& state) {
+  for (auto _ : state) {
+    DeleteFirstBranch();
+    state.PauseTiming();
+    Undo();
+    state.ResumeTiming();
+  }
+}
+
+BENCHMARK_DEFINE_F(MillionFixture, UndoDeleteBranch)(benchmark::State& state) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    DeleteFirstBranch();
+    state.ResumeTiming();
+    Undo();
+  }
+}
+
+BENCHMARK_DEFINE_F(MillionFixture, RedoDeleteBranch)(benchmark::State& state) {
+  for (auto _ : state) {
+    state.PauseTiming();
+    DeleteFirstBranch();
+    Undo();
+    state.ResumeTiming();
+    Redo();
+    state.PauseTiming();
+    Undo();
+    state.ResumeTiming();
+  }
+}
+
+BENCHMARK_DEFINE_F(MillionFixture, TypeValue)(benchmark::State& state) {
+  int typed = 0;
+  for (auto _ : state) {
+    TypeValue(QStringLiteral("value %1").arg(++typed));
+    state.PauseTiming();
+    Undo();
+    state.ResumeTiming();
+  }
+}
+
+BENCHMARK_DEFINE_F(MillionFixture, UndoTypeValue)(benchmark::State& state) {
+  int typed = 0;
+  for (auto _ : state) {
+    state.PauseTiming();
+    TypeValue(QStringLiteral("value %1").arg(++typed));
+    state.ResumeTiming();
+    Undo();
+  }
+}
+
 void BM_EditorSaveData(benchmark::State& state) {
   auto editor = ShownEditor();
   editor->OpenPopup(Folder(), MakePopup(state.range(0)));
@@ -284,6 +381,15 @@ BENCHMARK(BM_EditorOpen)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillise
 BENCHMARK_REGISTER_F(EditFixture, AddChild)->Unit(benchmark::kMillisecond)->Iterations(20);
 BENCHMARK_REGISTER_F(EditFixture, AddSibling)->Unit(benchmark::kMillisecond)->Iterations(20);
 BENCHMARK_REGISTER_F(EditFixture, KeyChange)->Unit(benchmark::kMillisecond)->Iterations(20);
+BENCHMARK_REGISTER_F(MillionFixture, DeleteBranch)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK_REGISTER_F(MillionFixture, UndoDeleteBranch)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(3);
+BENCHMARK_REGISTER_F(MillionFixture, RedoDeleteBranch)
+    ->Unit(benchmark::kMillisecond)
+    ->Iterations(3);
+BENCHMARK_REGISTER_F(MillionFixture, TypeValue)->Unit(benchmark::kMillisecond)->Iterations(10);
+BENCHMARK_REGISTER_F(MillionFixture, UndoTypeValue)->Unit(benchmark::kMillisecond)->Iterations(10);
 BENCHMARK(BM_PopupClassSave)->Arg(100'000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_EditorSaveData)->Arg(100'000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_PlainPdf)->Arg(10'000)->Unit(benchmark::kMillisecond)->Iterations(3);

@@ -159,6 +159,11 @@ class EditorState : public QObject {
   QModelIndex ParentRowOf(const PopupItem& item);
   void CopyPopupItem();
   void CopyPopupItemW_Children();
+  // Adds a copy of `source` with its whole branch as a new sibling after
+  // `beside` (at the end of the top level for a top-level item), recorded
+  // for undo under `text`.
+  void CopyBranchBeside(const std::shared_ptr<PopupItem>& source,
+                        const std::shared_ptr<PopupItem>& beside, const QString& text);
   // One "Start" line for each call Add2GridCopy makes to itself over a copy.
   void LogAdd2GridCopy(PopupItem& item);
   void CloneNewItem(const std::shared_ptr<PopupItem>& target,

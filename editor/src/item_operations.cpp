@@ -174,11 +174,24 @@ void EditorState::CopyPopupItemW_Children() {
   DebugLog(kEditModule, "CopyPopupItemW_Children", "Start");
   auto source = CurrentItem();
   if (!source) return;
-  auto added = AddSiblingItem(source);
+  CopyBranchBeside(source, source, QStringLiteral("Copy '%1' with Children").arg(NameOf(*source)));
+}
+
+void EditorState::CopyBranchBeside(const std::shared_ptr<PopupItem>& source,
+                                   const std::shared_ptr<PopupItem>& beside, const QString& text) {
+  auto added = AddSiblingItem(beside);
   if (!added) return;
   std::string code = OwnCode(added->PopupKey());
   CloneNewItem(added, source);
   popup->ModifyKey(code, added, added->Level());
+  // A copy under another parent takes that parent's codes, level by level.
+  if (auto parent = added->Parent(); parent && parent != source->Parent()) {
+    std::string path = CompactPath(parent->PopupKey());
+    for (int16_t level = 1; level < added->Level() && static_cast<size_t>(2 * level) <= path.size();
+         ++level) {
+      popup->ModifyKey(path.substr(2 * static_cast<size_t>(level) - 2, 2), added, level);
+    }
+  }
   int32_t current_before = IdentityOf(DataGrid->currentIndex());
   QModelIndex parent_row = ParentRowOf(*added);
   bool parent_was_expanded = DataGrid->isExpanded(parent_row);
@@ -191,8 +204,7 @@ void EditorState::CopyPopupItemW_Children() {
   DataGrid->expand(copied.parent());
   DataGrid->expandRecursively(copied);
   SelectItemRow(added);
-  Record(new AddBranchCommand(*this, QStringLiteral("Copy '%1' with Children").arg(NameOf(*source)),
-                              added->Identity(), current_before, parent_was_expanded,
+  Record(new AddBranchCommand(*this, text, added->Identity(), current_before, parent_was_expanded,
                               std::move(sorted)));
 }
 
@@ -230,24 +242,13 @@ void EditorState::LogAdd2GridCopy(PopupItem& item) {
 
 void EditorState::Paste() {
   DebugLog(kEditModule, "mnuPaste_Click", "Start");
-  // Paste obeys the rule that enables its menu item, whichever way it is asked.
+  // Paste obeys the rule that enables its menu item, whichever way it is
+  // asked, and puts a copy of the item with its branch after the current
+  // one, coded from the key step as a copy with children is.
   auto source = PasteSource();
-  if (!source) return;
-  popup->SetSelectedItem(std::to_string(source->Identity()));
-  auto copied = popup->SelectedItem();
-  if (!copied) return;
-  std::shared_ptr<PopupItem> pasted;
-  if (copied->Level() != 1) {
-    auto parent = copied->Parent();
-    if (!parent) return;
-    pasted = parent->Children()->Add(copied->PopupKey());
-    pasted->Parent(parent);
-  } else {
-    pasted = popup->PopupItems()->Add(copied->PopupKey());
-  }
-  ItemAccess::SetLevel(*pasted, copied->Level());
-  SetModified(true);
-  LoadDataGrid();
+  auto current = CurrentItem();
+  if (!source || !current) return;
+  CopyBranchBeside(source, current, QStringLiteral("Paste '%1'").arg(NameOf(*source)));
 }
 
 void EditorState::CopyToClipboard() {

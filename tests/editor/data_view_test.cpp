@@ -170,24 +170,6 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
              std::string("<.Undefined.>"));
   }
 
-  void copyPutsTheIdentityOnTheClipboardAndPasteAddsBesideIt() {
-    Open();
-    auto apples = Item(Row({"10", "10"}));
-    Grid()->setCurrentIndex(Row({"10", "10"}));
-    QTest::keySequence(Grid(), QKeySequence::Copy);
-    QCOMPARE(clipboard->text, std::to_string(apples->Identity()));
-    // The copy lands under its own key beside itself: the collection refuses.
-    QTest::keySequence(Grid(), QKeySequence::Paste);
-    QCOMPARE(Prompts().back().substr(0, 21), std::string("Run-time error '457':"));
-    QCOMPARE(apples->Parent()->Children()->Count(), 2);
-    // Once re-keyed, its old collection key is free again.
-    Type(Row({"10", "10"}), "30");
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
-    Grid()->setFocus();
-    QTest::keySequence(Grid(), QKeySequence::Paste);
-    QCOMPARE(apples->Parent()->Children()->Count(), 3);
-  }
-
   // Every button, key and menu entry that adds, copies or pastes, while the
   // runtime refuses each with a duplicate key: the user is told, the popup
   // and the outline stay as they were, and the host's call still raises.
@@ -247,8 +229,10 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     QVERIFY(messages->shown.empty());
   }
 
-  // Paste takes only what this editor copied, and only beside items of its level.
-  void pasteTakesOnlyThisEditorsCopyAtItsLevel() {
+  // Paste takes only what this editor copied, and only beside items of its
+  // level, where it puts a copy of the item with its branch after the current
+  // item, coded from the key step; undoable.
+  void pasteCopiesTheBranchOfThisEditorsCopyBesideItsLevel() {
     Open();
     auto pears = Item(Row({"10", "20"}));
     clipboard->text = std::to_string(pears->Identity());  // copied by somebody else
@@ -261,17 +245,31 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
 
     Grid()->setCurrentIndex(Row({"10", "20"}));
     QTest::keySequence(Grid(), QKeySequence::Copy);
-    Type(Row({"10", "20"}), "30");  // frees its old key for the copy
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    QCOMPARE(clipboard->text, std::to_string(pears->Identity()));
     Grid()->setCurrentIndex(Row({"20"}));  // a group: not Pears' level
     QVERIFY(!Child<QAction>("mnuPaste")->isEnabled());
     editor->PasteItem();
-    QCOMPARE(pears->Parent()->Children()->Count(), 2);
+    QVERIFY(!Row({"20", "20"}).isValid());
     Grid()->setCurrentIndex(Row({"20", "10"}));
     QVERIFY(Child<QAction>("mnuPaste")->isEnabled());
-    editor->PasteItem();
-    QCOMPARE(pears->Parent()->Children()->Count(), 3);
-    QVERIFY(editor->Modified());
+    QTest::keySequence(Grid(), QKeySequence::Paste);
+    auto copy = Item(Row({"20", "20"}));  // after Bread, under Bakery's code
+    QVERIFY(copy && copy != pears);
+    QCOMPARE(copy->PopupKey(), std::string("2020"));
+    QCOMPARE(copy->PopupValues()->Item(Variant(1))->Value(), std::string("Pears"));
+    QCOMPARE(Grid()->currentIndex().siblingAtColumn(0), Row({"20", "20"}));
+
+    // A group with its items, pasted after the last group.
+    Grid()->setCurrentIndex(Row({"10"}));
+    QTest::keySequence(Grid(), QKeySequence::Copy);
+    Grid()->setCurrentIndex(Row({"20"}));
+    QTest::keySequence(Grid(), QKeySequence::Paste);
+    QCOMPARE(Item(Row({"30", "20"}))->PopupKey(), std::string("3020"));
+    QCOMPARE(Outline(),
+             QStringList({"Products", "10", "10", "20", "20", "10", "20", "30", "10", "20"}));
+    editor->undo();
+    editor->undo();
+    QCOMPARE(Outline(), QStringList({"Products", "10", "10", "20", "20", "10"}));
   }
 
   void aKeyStepThatIsNoNumberIsATypeMismatch() {
@@ -384,7 +382,7 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
       Grid()->setCurrentIndex(row);
       keys->answers = {std::to_string(10 + pick(90)), std::to_string(10 + pick(90))};
       messages->answers = {MessageAnswer::kYes};
-      switch (pick(7)) {
+      switch (pick(9)) {
         case 0:
           if (row.parent().isValid()) Type(row.siblingAtColumn(1), QString("v%1").arg(step));
           break;
@@ -402,6 +400,12 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
           break;
         case 5:
           Child<QAction>("mnucopywithchildren")->trigger();
+          break;
+        case 6:
+          QTest::keySequence(Grid(), QKeySequence::Copy);
+          break;
+        case 7:
+          QTest::keySequence(Grid(), QKeySequence::Paste);
           break;
         default:
           QTest::keyClick(Grid(), Qt::Key_Delete);

@@ -124,9 +124,9 @@ class PopupControlEdit : public QWidget {
   void AddChild();
   void AddSibling();
 
-  // The data view's item edits (values, keys, new items, copies, deletions),
-  // each undoable while the data view shows; leaving the data view and
-  // filling the outline anew (opening, importing, pasting) empty it.
+  // The data view's item edits (values, keys, new items, copies, pastes,
+  // deletions), each undoable while the data view shows; leaving the data
+  // view and filling the outline anew (opening, importing) empty it.
   QUndoStack* UndoStack() const;
 
   // Tells the user of an error as the editor's own commands do, through the
@@ -136,7 +136,8 @@ class PopupControlEdit : public QWidget {
   // The data view's commands, for a host's menus; nothing in the design view.
   // Puts the current item's identity on the clipboard, for Paste.
   void CopyCurrentItem();
-  // Pastes the item whose identity the clipboard holds.
+  // Pastes a copy of the item this editor copied, with its branch, after the
+  // current item when that stands at the copied item's level.
   void PasteItem();
   // Deletes the current item and its branch, after asking; nothing on the
   // title row.
