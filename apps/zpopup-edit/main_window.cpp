@@ -79,6 +79,10 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
                   [this]() { editor_->PasteItem(); });
   edit->addAction(tr("&Delete") + QStringLiteral("\tDel"), this,
                   [this]() { editor_->DeleteCurrentItem(); });
+  edit->addAction(tr("Move &Up") + QStringLiteral("\tAlt+Shift+Up"), this,
+                  [this]() { editor_->MoveItemUp(); });
+  edit->addAction(tr("Move Do&wn") + QStringLiteral("\tAlt+Shift+Down"), this,
+                  [this]() { editor_->MoveItemDown(); });
   edit->addSeparator();
   edit->addAction(tr("&Find") + QStringLiteral("\tCtrl+F"), this,
                   [this]() { editor_->FocusFind(); });

@@ -309,6 +309,20 @@ void DataGridModel::RemoveRow(const QModelIndex& index) {
   endRemoveRows();
 }
 
+void DataGridModel::SwapRows(const QModelIndex& first, const QModelIndex& second) {
+  GridNode* a = NodeOf(first);
+  GridNode* b = NodeOf(second);
+  if (!a || !b || a == b || !a->parent || a->parent != b->parent) return;
+  QModelIndex parent = this->parent(first);
+  emit layoutAboutToBeChanged({parent});
+  KeepingPersistentIndexes([a, b]() {
+    std::vector<GridNode*>& siblings = *a->parent->children;
+    std::swap(siblings[static_cast<size_t>(a->row)], siblings[static_cast<size_t>(b->row)]);
+    std::swap(a->row, b->row);
+  });
+  emit layoutChanged({parent});
+}
+
 BranchLayout DataGridModel::LayoutOf(const QModelIndex& index) const {
   BranchLayout layout;
   GridNode* top = NodeOf(index);

@@ -45,6 +45,8 @@ void EditorState::ConnectDataView() {
   On(mnuCopywithout, &QAction::triggered, [this]() { CopyPopupItem(); });
   On(mnucopywithchildren, &QAction::triggered, [this]() { CopyPopupItemW_Children(); });
   On(mnuPaste, &QAction::triggered, [this]() { Paste(); });
+  On(mnuMoveUp, &QAction::triggered, [this]() { MoveItem(-1); });
+  On(mnuMoveDown, &QAction::triggered, [this]() { MoveItem(1); });
   On(txtFind, &QLineEdit::textChanged, [this]() { find_timer->start(); });
   On(find_timer, &QTimer::timeout, [this]() { ApplyFind(); });
 
@@ -343,12 +345,19 @@ bool EditorState::DataGridKey(QKeyEvent* event, QWidget* editor) {
     DeleteDataItem();
     return true;
   }
-  return MoveOrFold(key) || TypedOnTitle(*event);
+  return MoveOrFold(*event) || TypedOnTitle(*event);
 }
 
-bool EditorState::MoveOrFold(int key) {
+bool EditorState::MoveOrFold(const QKeyEvent& event) {
+  const int key = event.key();
   QModelIndex current = DataGrid->currentIndex();
   if (!current.isValid()) return false;
+  // Alt+Shift+Up / Down move the item among its siblings, as outliners do.
+  if ((key == Qt::Key_Up || key == Qt::Key_Down) &&
+      event.modifiers() == (Qt::AltModifier | Qt::ShiftModifier)) {
+    MoveItem(key == Qt::Key_Up ? -1 : 1);
+    return true;
+  }
   QModelIndex row = current.siblingAtColumn(0);
   switch (key) {
     case Qt::Key_Left:

@@ -114,8 +114,9 @@ class EditorState : public QObject {
   void DataAfterEdit(const QModelIndex& cell, const QString& text);
   // A key pressed in the outline, or in the in-place editor open on it.
   bool DataGridKey(QKeyEvent* event, QWidget* editor);
-  // Left and Right move between cells; + - * open and close the outline.
-  bool MoveOrFold(int key);
+  // Left and Right move between cells; + - * open and close the outline;
+  // Alt+Shift+Up and Down move the item.
+  bool MoveOrFold(const QKeyEvent& event);
   // True for a character typed on the title row, which starts no edit.
   bool TypedOnTitle(const QKeyEvent& event);
   // Down or Enter in the find box moves into the results, Escape clears it.
@@ -170,6 +171,11 @@ class EditorState : public QObject {
                     const std::shared_ptr<PopupItem>& source);
   void Paste();
   void CopyToClipboard();
+  // The sibling row the current item would trade places with, one up (-1)
+  // or down (1) in the outline; invalid when there is none.
+  QModelIndex MoveNeighbour(int step) const;
+  // Moves the current item up or down among its siblings, undoably.
+  void MoveItem(int step);
   // The item this editor put on the clipboard, when the clipboard still holds
   // it and it may be pasted beside the current row (a copy goes beside items
   // of its own level); null otherwise.
@@ -297,6 +303,8 @@ class EditorState : public QObject {
   QAction* mnucopywithchildren = nullptr;
   QAction* mnuPaste = nullptr;
   QAction* mnuDelete = nullptr;
+  QAction* mnuMoveUp = nullptr;
+  QAction* mnuMoveDown = nullptr;
 };
 
 template <typename Command>

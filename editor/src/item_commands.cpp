@@ -1,6 +1,7 @@
 #include "item_commands.h"
 
 #include <QTreeView>
+#include <algorithm>
 #include <utility>
 
 #include "editor_state.h"
@@ -10,14 +11,20 @@ namespace zephyr::editor {
 
 void ItemCommand::undo() {
   Undo();
-  state_.Edited();
+  Done();
 }
 
 void ItemCommand::redo() {
   // The edit itself was made before the command was pushed.
   if (std::exchange(done_, false)) return;
   Redo();
+  Done();
+}
+
+void ItemCommand::Done() {
   state_.Edited();
+  // The current row may have kept its place while its neighbours changed.
+  state_.EnableDisable();
 }
 
 ChangeValueCommand::ChangeValueCommand(EditorState& state, int32_t identity, int column,
@@ -103,6 +110,20 @@ void AddBranchCommand::Redo() {
   state_.Expand(expanded_);
   sorted_ = state_.grid->SortTree();
   state_.MakeRowCurrent(identity_);
+}
+
+MoveCommand::MoveCommand(EditorState& state, const QString& text, int32_t moved, int32_t neighbour)
+    : ItemCommand(state, text, false), moved_(moved), neighbour_(neighbour) {}
+
+void MoveCommand::Trade() {
+  auto moved = FindItemByIdentity(moved_);
+  auto neighbour = FindItemByIdentity(neighbour_);
+  std::string moved_code = OwnCode(moved->PopupKey());
+  state_.popup->ModifyKey(OwnCode(neighbour->PopupKey()), moved, moved->Level());
+  state_.popup->ModifyKey(moved_code, neighbour, neighbour->Level());
+  int column = std::max(state_.DataGrid->currentIndex().column(), 0);
+  state_.grid->SwapRows(state_.RowOf(moved_), state_.RowOf(neighbour_));
+  state_.DataGrid->setCurrentIndex(state_.RowOf(moved_).siblingAtColumn(column));
 }
 
 DeleteBranchCommand::DeleteBranchCommand(EditorState& state, const QString& text,

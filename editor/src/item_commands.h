@@ -24,13 +24,18 @@ class ItemCommand : public QUndoCommand {
   void redo() final;
 
  protected:
-  ItemCommand(EditorState& state, const QString& text) : QUndoCommand(text), state_(state) {}
+  // `done`: the edit was made before the command was pushed, so the first
+  // redo does nothing.
+  ItemCommand(EditorState& state, const QString& text, bool done = true)
+      : QUndoCommand(text), state_(state), done_(done) {}
   virtual void Undo() = 0;
   virtual void Redo() = 0;
   EditorState& state_;
 
  private:
-  bool done_ = true;
+  // After every undo and redo: unsaved work, and the commands' enabling.
+  void Done();
+  bool done_;
 };
 
 // A value typed into a cell.
@@ -82,6 +87,20 @@ class AddBranchCommand : public ItemCommand {
   int row_ = 0;
   BranchLayout layout_;
   std::vector<int32_t> expanded_;
+};
+
+// An item moved up or down among its siblings: it trades its code, and so
+// the codes of its branch, with its neighbour's, and their rows trade places.
+// Doing and undoing are the same trade.
+class MoveCommand : public ItemCommand {
+ public:
+  MoveCommand(EditorState& state, const QString& text, int32_t moved, int32_t neighbour);
+
+ private:
+  void Undo() override { Trade(); }
+  void Redo() override { Trade(); }
+  void Trade();
+  int32_t moved_, neighbour_;
 };
 
 // A deleted item and its branch.

@@ -251,6 +251,23 @@ void EditorState::Paste() {
   CopyBranchBeside(source, current, QStringLiteral("Paste '%1'").arg(NameOf(*source)));
 }
 
+QModelIndex EditorState::MoveNeighbour(int step) const {
+  QModelIndex current = DataGrid->currentIndex();
+  if (!current.isValid() || !current.parent().isValid()) return {};  // the title row
+  return current.siblingAtColumn(0).siblingAtRow(current.row() + step);
+}
+
+void EditorState::MoveItem(int step) {
+  QModelIndex neighbour = MoveNeighbour(step);
+  if (!neighbour.isValid()) return;
+  int32_t moved = IdentityOf(DataGrid->currentIndex());
+  QString name = NameOf(*FindItemByIdentity(moved));
+  Record(new MoveCommand(
+      *this,
+      (step < 0 ? QStringLiteral("Move '%1' Up") : QStringLiteral("Move '%1' Down")).arg(name),
+      moved, IdentityOf(neighbour)));
+}
+
 void EditorState::CopyToClipboard() {
   if (auto item = CurrentItem(); item && !CurrentIsTitle()) {
     clipboard->SetText(std::to_string(item->Identity()));

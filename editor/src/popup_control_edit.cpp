@@ -234,6 +234,9 @@ void EditorState::BuildControls() {
                                     "Add a Copy of this Popup Data Item with Children");
   mnuPaste = NamedAction(mnuPopupAction, "mnuPaste", "Paste");
   mnuDelete = NamedAction(mnuPopupAction, "mnuDelete", "Delete");
+  mnuPopupAction->addSeparator();
+  mnuMoveUp = NamedAction(mnuPopupAction, "mnuMoveUp", "Move Up\tAlt+Shift+Up");
+  mnuMoveDown = NamedAction(mnuPopupAction, "mnuMoveDown", "Move Down\tAlt+Shift+Down");
 
   On(cmdImport, &QPushButton::clicked, [this]() { ImportFromExcel(); });
   On(cmdExport, &QPushButton::clicked, [this]() { ExportToExcel(); });
@@ -459,6 +462,8 @@ void EditorState::EnableDisable() {
     }
   }
   mnuPaste->setEnabled(PasteSource() != nullptr);
+  mnuMoveUp->setEnabled(MoveNeighbour(-1).isValid());
+  mnuMoveDown->setEnabled(MoveNeighbour(1).isValid());
 }
 
 std::shared_ptr<PopupItem> EditorState::PasteSource() {
@@ -607,6 +612,14 @@ void PopupControlEdit::DeleteCurrentItem() {
   if (state_->DataMode && state_->cmdDelete->isEnabled()) {
     state_->Guarded([this]() { state_->DeleteDataItem(); });
   }
+}
+
+void PopupControlEdit::MoveItemUp() {
+  if (state_->DataMode) state_->Guarded([this]() { state_->MoveItem(-1); });
+}
+
+void PopupControlEdit::MoveItemDown() {
+  if (state_->DataMode) state_->Guarded([this]() { state_->MoveItem(1); });
 }
 
 void PopupControlEdit::ImportWorkbook() {

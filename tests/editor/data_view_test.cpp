@@ -272,6 +272,38 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     QCOMPARE(Outline(), QStringList({"Products", "10", "10", "20", "20", "10"}));
   }
 
+  // Moving trades codes with the neighbour, branches included; undo trades back.
+  void movesTradeCodesWithTheNeighbour() {
+    Open();
+    auto pears = Item(Row({"10", "20"}));
+    Grid()->setCurrentIndex(Row({"10", "20"}, 1));
+    QTest::keyClick(Grid(), Qt::Key_Up, Qt::AltModifier | Qt::ShiftModifier);
+    QCOMPARE(pears->PopupKey(), std::string("1010"));
+    QCOMPARE(Item(Row({"10", "20"}))->PopupValues()->Item(Variant(1))->Value(),
+             std::string("Apples"));
+    QCOMPARE(Outline(), QStringList({"Products", "10", "10", "20", "20", "10"}));
+    QCOMPARE(Grid()->currentIndex(), Row({"10", "10"}, 1));  // the moved item stays current
+    QVERIFY(!Child<QAction>("mnuMoveUp")->isEnabled());      // the first of its siblings
+    QVERIFY(Child<QAction>("mnuMoveDown")->isEnabled());
+
+    auto fruit = Item(Row({"10"}));
+    Grid()->setCurrentIndex(Row({"10"}));
+    Child<QAction>("mnuMoveDown")->trigger();
+    QCOMPARE(fruit->PopupKey(), std::string("  20"));
+    QCOMPARE(pears->PopupKey(), std::string("2010"));
+    QCOMPARE(Item(Row({"10", "10"}))->PopupValues()->Item(Variant(1))->Value(),
+             std::string("Bread"));
+    QCOMPARE(editor->UndoStack()->undoText(), QString("Move 'Fruit' Down"));
+    editor->undo();
+    editor->undo();
+    QCOMPARE(pears->PopupKey(), std::string("1020"));
+    QCOMPARE(Item(Row({"10", "10"}))->PopupValues()->Item(Variant(1))->Value(),
+             std::string("Apples"));
+    Grid()->setCurrentIndex(Grid()->model()->index(0, 0));
+    QVERIFY(!Child<QAction>("mnuMoveUp")->isEnabled() &&
+            !Child<QAction>("mnuMoveDown")->isEnabled());
+  }
+
   void aKeyStepThatIsNoNumberIsATypeMismatch() {
     Open();
     Child<QComboBox>("cboStep")->setEditText("ab");
@@ -382,7 +414,7 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
       Grid()->setCurrentIndex(row);
       keys->answers = {std::to_string(10 + pick(90)), std::to_string(10 + pick(90))};
       messages->answers = {MessageAnswer::kYes};
-      switch (pick(9)) {
+      switch (pick(10)) {
         case 0:
           if (row.parent().isValid()) Type(row.siblingAtColumn(1), QString("v%1").arg(step));
           break;
@@ -406,6 +438,10 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
           break;
         case 7:
           QTest::keySequence(Grid(), QKeySequence::Paste);
+          break;
+        case 8:
+          QTest::keyClick(Grid(), pick(2) ? Qt::Key_Up : Qt::Key_Down,
+                          Qt::AltModifier | Qt::ShiftModifier);
           break;
         default:
           QTest::keyClick(Grid(), Qt::Key_Delete);

@@ -91,6 +91,8 @@ class DataGridModel : public QAbstractItemModel {
   // Adds rows for every descendant of the item under its row, depth first
   // in collection order.
   void AppendBranch(const QModelIndex& row, PopupItem& item);
+  // Trades the places of two rows under one parent.
+  void SwapRows(const QModelIndex& first, const QModelIndex& second);
   // Removes a row and the rows of its whole branch.
   void RemoveRow(const QModelIndex& index);
   // The rows of a row's branch, as RemoveRow would remove them.

@@ -142,6 +142,10 @@ class PopupControlEdit : public QWidget {
   // Deletes the current item and its branch, after asking; nothing on the
   // title row.
   void DeleteCurrentItem();
+  // Moves the current item up or down among its siblings: it trades its code
+  // (and its branch's) with its neighbour's. Undoable.
+  void MoveItemUp();
+  void MoveItemDown();
   // Moves the focus to the find box above the outline.
   void FocusFind();
 
