@@ -39,7 +39,7 @@ std::string MakeSheet(int rows) {
   for (int c = 0; c < 6; ++c) worksheet_write_string(sheet, 0, c, headings[c], nullptr);
   for (int i = 0; i < rows; ++i) {
     int a = i / (99 * 99) + 1, b = i / 99 % 99 + 1, c = i % 99 + 1;
-    char key[8], group[16], family[16], item[16], description[32], price[16];
+    char key[16], group[24], family[32], item[24], description[40], price[24];
     std::snprintf(key, sizeof key, "%02d%02d%02d", a, b, c);
     std::snprintf(group, sizeof group, "Group %d", a);
     std::snprintf(family, sizeof family, "Family %d-%d", a, b);

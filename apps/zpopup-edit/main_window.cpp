@@ -83,6 +83,10 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
                   [this]() { editor_->MoveItemUp(); });
   edit->addAction(tr("Move Do&wn") + QStringLiteral("\tAlt+Shift+Down"), this,
                   [this]() { editor_->MoveItemDown(); });
+  edit->addAction(tr("&Indent") + QStringLiteral("\tAlt+Shift+Right"), this,
+                  [this]() { editor_->IndentItem(); });
+  edit->addAction(tr("&Outdent") + QStringLiteral("\tAlt+Shift+Left"), this,
+                  [this]() { editor_->OutdentItem(); });
   edit->addSeparator();
   edit->addAction(tr("&Find") + QStringLiteral("\tCtrl+F"), this,
                   [this]() { editor_->FocusFind(); });

@@ -47,6 +47,8 @@ void EditorState::ConnectDataView() {
   On(mnuPaste, &QAction::triggered, [this]() { Paste(); });
   On(mnuMoveUp, &QAction::triggered, [this]() { MoveItem(-1); });
   On(mnuMoveDown, &QAction::triggered, [this]() { MoveItem(1); });
+  On(mnuIndent, &QAction::triggered, [this]() { Indent(); });
+  On(mnuOutdent, &QAction::triggered, [this]() { Outdent(); });
   On(txtFind, &QLineEdit::textChanged, [this]() { find_timer->start(); });
   On(find_timer, &QTimer::timeout, [this]() { ApplyFind(); });
 
@@ -352,11 +354,23 @@ bool EditorState::MoveOrFold(const QKeyEvent& event) {
   const int key = event.key();
   QModelIndex current = DataGrid->currentIndex();
   if (!current.isValid()) return false;
-  // Alt+Shift+Up / Down move the item among its siblings, as outliners do.
-  if ((key == Qt::Key_Up || key == Qt::Key_Down) &&
-      event.modifiers() == (Qt::AltModifier | Qt::ShiftModifier)) {
-    MoveItem(key == Qt::Key_Up ? -1 : 1);
-    return true;
+  // Alt+Shift+arrows move the item, as outliners do: up and down among its
+  // siblings, right (indent) and left (outdent) a level.
+  if (event.modifiers() == (Qt::AltModifier | Qt::ShiftModifier)) {
+    switch (key) {
+      case Qt::Key_Up:
+      case Qt::Key_Down:
+        MoveItem(key == Qt::Key_Up ? -1 : 1);
+        return true;
+      case Qt::Key_Right:
+        Indent();
+        return true;
+      case Qt::Key_Left:
+        Outdent();
+        return true;
+      default:
+        break;
+    }
   }
   QModelIndex row = current.siblingAtColumn(0);
   switch (key) {

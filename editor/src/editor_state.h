@@ -176,6 +176,13 @@ class EditorState : public QObject {
   QModelIndex MoveNeighbour(int step) const;
   // Moves the current item up or down among its siblings, undoably.
   void MoveItem(int step);
+  // Makes the current item the last child of its previous sibling, or the
+  // next sibling of its parent, with a code from the key step; undoably.
+  void Indent();
+  void Outdent();
+  // The two-digit code GetNewKey gives among siblings, or empty when the
+  // user cancelled.
+  std::string NewCode(const PopupItems& siblings, const std::string& after_code);
   // The item this editor put on the clipboard, when the clipboard still holds
   // it and it may be pasted beside the current row (a copy goes beside items
   // of its own level); null otherwise.
@@ -305,6 +312,8 @@ class EditorState : public QObject {
   QAction* mnuDelete = nullptr;
   QAction* mnuMoveUp = nullptr;
   QAction* mnuMoveDown = nullptr;
+  QAction* mnuIndent = nullptr;
+  QAction* mnuOutdent = nullptr;
 };
 
 template <typename Command>

@@ -126,6 +126,54 @@ void MoveCommand::Trade() {
   state_.DataGrid->setCurrentIndex(state_.RowOf(moved_).siblingAtColumn(column));
 }
 
+ReparentCommand::ReparentCommand(EditorState& state, const QString& text, int32_t moved,
+                                 int32_t new_parent, std::string code)
+    : ItemCommand(state, text),
+      moved_(moved),
+      new_parent_(new_parent),
+      code_(std::move(code)),
+      keys_(state.popup->KeysOf(FindItemByIdentity(moved))) {
+  Redo();
+}
+
+void ReparentCommand::Redo() {
+  auto item = FindItemByIdentity(moved_);
+  auto parent = new_parent_ == 0 ? nullptr : FindItemByIdentity(new_parent_);
+  auto siblings = parent ? parent->Children() : state_.popup->PopupItems();
+  if (siblings->Item(Variant(state_.popup->KeyUnder(parent, code_)))) {
+    throw RuntimeError(RuntimeErrorCode::kDuplicateKey,
+                       "key '" + state_.popup->KeyUnder(parent, code_) + "'");
+  }
+  QModelIndex row = state_.RowOf(moved_);
+  old_parent_ = state_.IdentityOf(row.parent());
+  old_row_ = row.row();
+  layout_ = state_.grid->LayoutOf(row);
+  expanded_ = state_.ExpandedIn(layout_);
+  state_.grid->RemoveRow(row);
+  detached_ = state_.popup->DetachItem(item);
+  state_.popup->AppendBranch(item, parent, code_);
+  QModelIndex parent_row = state_.RowOf(new_parent_);
+  state_.grid->InsertLayout(parent_row, state_.grid->rowCount(parent_row), layout_);
+  state_.DataGrid->expand(parent_row);
+  state_.Expand(expanded_);
+  sorted_ = state_.grid->SortTree();
+  state_.MakeRowCurrent(moved_);
+}
+
+void ReparentCommand::Undo() {
+  state_.grid->RestoreOrder(sorted_);
+  auto item = FindItemByIdentity(moved_);
+  state_.grid->RemoveRow(state_.RowOf(moved_));
+  state_.popup->DetachItem(item);
+  state_.popup->RestoreKeys(keys_);
+  state_.popup->ReattachItem(detached_);
+  QModelIndex old_parent = state_.RowOf(old_parent_);
+  state_.grid->InsertLayout(old_parent, old_row_, layout_);
+  state_.DataGrid->expand(old_parent);
+  state_.Expand(expanded_);
+  state_.MakeRowCurrent(moved_);
+}
+
 DeleteBranchCommand::DeleteBranchCommand(EditorState& state, const QString& text,
                                          PopupClass::DetachedItem detached, int32_t parent_identity,
                                          int row, BranchLayout layout,

@@ -103,6 +103,29 @@ class MoveCommand : public ItemCommand {
   int32_t moved_, neighbour_;
 };
 
+// An item indented (the last child of its previous sibling) or outdented
+// (the next sibling of its parent) with its branch, under a new code.
+class ReparentCommand : public ItemCommand {
+ public:
+  // Makes the move; raises, changing nothing, when the code is taken.
+  ReparentCommand(EditorState& state, const QString& text, int32_t moved, int32_t new_parent,
+                  std::string code);
+
+ private:
+  void Undo() override;
+  void Redo() override;
+  int32_t moved_;
+  int32_t new_parent_;
+  std::string code_;
+  PopupClass::BranchKeys keys_;
+  PopupClass::DetachedItem detached_;
+  int32_t old_parent_ = 0;
+  int old_row_ = 0;
+  BranchLayout layout_;
+  std::vector<int32_t> expanded_;
+  SortRecord sorted_;
+};
+
 // A deleted item and its branch.
 class DeleteBranchCommand : public ItemCommand {
  public:

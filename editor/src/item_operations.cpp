@@ -268,6 +268,45 @@ void EditorState::MoveItem(int step) {
       moved, IdentityOf(neighbour)));
 }
 
+std::string EditorState::NewCode(const PopupItems& siblings, const std::string& after_code) {
+  int16_t code = GetNewKey(siblings, KeyStep(), after_code);
+  if (code == -1) return {};
+  std::string text = std::to_string(code);
+  if (text.size() < 2) text = "0" + text;
+  return text.substr(0, 2);
+}
+
+void EditorState::Indent() {
+  QModelIndex previous = MoveNeighbour(-1);
+  auto item = FindItemByIdentity(IdentityOf(DataGrid->currentIndex()));
+  if (!previous.isValid() || !item) return;
+  int deepest = 0;
+  for (const auto& entry : popup->KeysOf(item).entries)
+    deepest = std::max<int>(deepest, entry.level);
+  if (deepest >= popup->Levels()) {
+    Tell("The item cannot be indented: its branch would go below the popup's " +
+         std::to_string(popup->Levels()) + " levels.");
+    return;
+  }
+  auto parent = FindItemByIdentity(IdentityOf(previous));
+  std::string code = NewCode(*parent->Children(), "");
+  if (code.empty()) return;
+  Record(new ReparentCommand(*this, QStringLiteral("Indent '%1'").arg(NameOf(*item)),
+                             item->Identity(), parent->Identity(), code));
+}
+
+void EditorState::Outdent() {
+  auto item = FindItemByIdentity(IdentityOf(DataGrid->currentIndex()));
+  if (!item || item->Level() < 2) return;
+  auto parent = item->Parent();
+  if (!parent) return;
+  std::string code = NewCode(*popup->SiblingsOf(*parent), OwnCode(parent->PopupKey()));
+  if (code.empty()) return;
+  auto grandparent = parent->Level() == 1 ? nullptr : parent->Parent();
+  Record(new ReparentCommand(*this, QStringLiteral("Outdent '%1'").arg(NameOf(*item)),
+                             item->Identity(), grandparent ? grandparent->Identity() : 0, code));
+}
+
 void EditorState::CopyToClipboard() {
   if (auto item = CurrentItem(); item && !CurrentIsTitle()) {
     clipboard->SetText(std::to_string(item->Identity()));

@@ -237,6 +237,8 @@ void EditorState::BuildControls() {
   mnuPopupAction->addSeparator();
   mnuMoveUp = NamedAction(mnuPopupAction, "mnuMoveUp", "Move Up\tAlt+Shift+Up");
   mnuMoveDown = NamedAction(mnuPopupAction, "mnuMoveDown", "Move Down\tAlt+Shift+Down");
+  mnuIndent = NamedAction(mnuPopupAction, "mnuIndent", "Indent\tAlt+Shift+Right");
+  mnuOutdent = NamedAction(mnuPopupAction, "mnuOutdent", "Outdent\tAlt+Shift+Left");
 
   On(cmdImport, &QPushButton::clicked, [this]() { ImportFromExcel(); });
   On(cmdExport, &QPushButton::clicked, [this]() { ExportToExcel(); });
@@ -464,6 +466,8 @@ void EditorState::EnableDisable() {
   mnuPaste->setEnabled(PasteSource() != nullptr);
   mnuMoveUp->setEnabled(MoveNeighbour(-1).isValid());
   mnuMoveDown->setEnabled(MoveNeighbour(1).isValid());
+  mnuIndent->setEnabled(MoveNeighbour(-1).isValid());
+  mnuOutdent->setEnabled(current_level >= 2);
 }
 
 std::shared_ptr<PopupItem> EditorState::PasteSource() {
@@ -620,6 +624,14 @@ void PopupControlEdit::MoveItemUp() {
 
 void PopupControlEdit::MoveItemDown() {
   if (state_->DataMode) state_->Guarded([this]() { state_->MoveItem(1); });
+}
+
+void PopupControlEdit::IndentItem() {
+  if (state_->DataMode) state_->Guarded([this]() { state_->Indent(); });
+}
+
+void PopupControlEdit::OutdentItem() {
+  if (state_->DataMode) state_->Guarded([this]() { state_->Outdent(); });
 }
 
 void PopupControlEdit::ImportWorkbook() {

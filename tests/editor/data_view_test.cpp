@@ -304,6 +304,39 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
             !Child<QAction>("mnuMoveDown")->isEnabled());
   }
 
+  // Indent makes the item the last child of its previous sibling, outdent the
+  // next sibling of its parent; the code comes from the step, the branch
+  // follows, a move below the popup's levels is refused; undo puts it back.
+  void indentAndOutdentMoveTheBranchALevel() {
+    Open();
+    auto bakery = Item(Row({"20"}));
+    auto bread = Item(Row({"20", "10"}));
+    Grid()->setCurrentIndex(Row({"20"}));
+    QTest::keyClick(Grid(), Qt::Key_Right, Qt::AltModifier | Qt::ShiftModifier);
+    QCOMPARE(Prompts().back().substr(0, 50),
+             std::string("The item cannot be indented: its branch would go b"));
+    QCOMPARE(bakery->Level(), int16_t{1});
+
+    Grid()->setCurrentIndex(Row({"20", "10"}));
+    QTest::keyClick(Grid(), Qt::Key_Left, Qt::AltModifier | Qt::ShiftModifier);
+    QCOMPARE(bread->PopupKey(), std::string("  30"));  // after Bakery, step 10
+    QCOMPARE(bread->Level(), int16_t{1});
+    QCOMPARE(Outline(), QStringList({"Products", "10", "10", "20", "20", "30"}));
+    QCOMPARE(Grid()->currentIndex().siblingAtColumn(0), Row({"30"}));
+
+    Grid()->setCurrentIndex(Row({"30"}));
+    Child<QAction>("mnuIndent")->trigger();  // the last child of Bakery again
+    QCOMPARE(bread->PopupKey(), std::string("2010"));
+    QCOMPARE(bread->Parent(), bakery);
+    editor->undo();
+    editor->undo();
+    QCOMPARE(bread->PopupKey(), std::string("2010"));
+    QCOMPARE(bread->Parent(), bakery);
+    QCOMPARE(Outline(), QStringList({"Products", "10", "10", "20", "20", "10"}));
+    editor->redo();
+    QCOMPARE(bread->PopupKey(), std::string("  30"));
+  }
+
   void aKeyStepThatIsNoNumberIsATypeMismatch() {
     Open();
     Child<QComboBox>("cboStep")->setEditText("ab");
@@ -439,10 +472,11 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
         case 7:
           QTest::keySequence(Grid(), QKeySequence::Paste);
           break;
-        case 8:
-          QTest::keyClick(Grid(), pick(2) ? Qt::Key_Up : Qt::Key_Down,
-                          Qt::AltModifier | Qt::ShiftModifier);
+        case 8: {
+          const Qt::Key moves[] = {Qt::Key_Up, Qt::Key_Down, Qt::Key_Left, Qt::Key_Right};
+          QTest::keyClick(Grid(), moves[pick(4)], Qt::AltModifier | Qt::ShiftModifier);
           break;
+        }
         default:
           QTest::keyClick(Grid(), Qt::Key_Delete);
       }

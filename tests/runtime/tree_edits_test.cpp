@@ -78,5 +78,43 @@ TEST(TreeEditsTest, ADetachedBranchGoesBackWhereItWas) {
   EXPECT_EQ(popup.DetachItem(only).item, nullptr);  // no longer in its list
 }
 
+// A branch moved under another parent takes its codes and levels, and can be
+// put back exactly.
+TEST(TreeEditsTest, AMovedBranchTakesItsNewParentsCodesAndComesBack) {
+  PopupClass popup;
+  popup.ReplaceLevels({{Variant("A"), 1}, {Variant("B"), 2}, {Variant("C"), 3}});
+  auto drinks = popup.AddItem(nullptr, "    01", {"Drinks"});
+  auto snacks = popup.AddItem(nullptr, "    02", {"Snacks"});
+  auto tea = popup.AddItem(drinks, "01  05", {"Tea"});
+  auto green = popup.AddItem(tea, "010507", {"Green"});
+  popup.AddItem(snacks, "02  05", {"Crisps"});
+
+  PopupClass::BranchKeys keys = popup.KeysOf(tea);
+  PopupClass::DetachedItem detached = popup.DetachItem(tea);
+  // Under Snacks, 05 is taken by its collection key.
+  EXPECT_EQ(testing::ErrorNumberOf([&] { popup.AppendBranch(tea, snacks, "05"); }), 457);
+  EXPECT_EQ(tea->PopupKey(), "01  05");
+  popup.AppendBranch(tea, snacks, "30");
+  EXPECT_EQ(tea->PopupKey(), "02  30");
+  EXPECT_EQ(green->PopupKey(), "023007");
+  EXPECT_EQ(tea->Parent(), snacks);
+  EXPECT_EQ(snacks->Children()->Item("02  30"), tea);
+  // Out to the top level: one level up, branch and all.
+  popup.DetachItem(tea);
+  popup.AppendBranch(tea, nullptr, "03");
+  EXPECT_EQ(tea->PopupKey(), "    03");
+  EXPECT_EQ(green->PopupKey(), "03  07");
+  EXPECT_EQ(green->Level(), 2);
+  EXPECT_EQ(popup.PopupItems()->Item(3), tea);
+
+  popup.DetachItem(tea);
+  popup.RestoreKeys(keys);
+  popup.ReattachItem(detached);
+  EXPECT_EQ(drinks->Children()->Item("01  05"), tea);
+  EXPECT_EQ(tea->Parent(), drinks);
+  EXPECT_EQ(green->PopupKey(), "010507");
+  EXPECT_EQ(green->Level(), 3);
+}
+
 }  // namespace
 }  // namespace zephyr

@@ -146,6 +146,12 @@ class PopupControlEdit : public QWidget {
   // (and its branch's) with its neighbour's. Undoable.
   void MoveItemUp();
   void MoveItemDown();
+  // Makes the current item the last child of its previous sibling (indent)
+  // or the next sibling of its parent (outdent), with its branch, under a
+  // code from the key step. Undoable; an indent below the popup's levels is
+  // refused with a message.
+  void IndentItem();
+  void OutdentItem();
   // Moves the focus to the find box above the outline.
   void FocusFind();
 

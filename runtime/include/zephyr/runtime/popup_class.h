@@ -166,9 +166,31 @@ class PopupClass : public Object {
   // Takes the item out of its sibling list; nothing (an empty item) when it
   // is not in the list it should be in.
   DetachedItem DetachItem(const std::shared_ptr<PopupItem>& item);
-  // Puts a detached item back where it was, under the key it had. The
-  // sibling list must be as it was when the item was taken out.
+  // Puts a detached item back where it was, under the key it had and with
+  // the parent it had. The sibling list must be as it was when the item was
+  // taken out.
   void ReattachItem(const DetachedItem& detached);
+
+  // The keys and levels of an item and its branch, to put back as they were.
+  struct BranchKeys {
+    struct Entry {
+      std::shared_ptr<PopupItem> item;
+      std::string key;
+      int16_t level;
+    };
+    std::vector<Entry> entries;
+  };
+  BranchKeys KeysOf(const std::shared_ptr<PopupItem>& item);
+  void RestoreKeys(const BranchKeys& keys);
+  // The key an item with this two-digit code has under `parent` (the top
+  // level when null).
+  std::string KeyUnder(const std::shared_ptr<PopupItem>& parent, std::string_view code) const;
+  // Appends a detached item with its branch to the children of `parent` (the
+  // top level when null) as `code`: the branch takes the parent's codes and
+  // the levels below it. A key already used there raises duplicate key (457)
+  // and nothing changes.
+  void AppendBranch(const std::shared_ptr<PopupItem>& item,
+                    const std::shared_ptr<PopupItem>& parent, std::string_view code);
 
   // The names of the popup's files, as derived from DataSource.
   const std::string& DataFileName() const { return data_file_name_; }
