@@ -1,5 +1,6 @@
 #include "zephyr/editor/data_grid_model.h"
 
+#include <QMimeData>
 #include <algorithm>
 #include <functional>
 #include <utility>
@@ -503,9 +504,29 @@ QVariant DataGridModel::headerData(int section, Qt::Orientation orientation, int
 Qt::ItemFlags DataGridModel::flags(const QModelIndex& index) const {
   GridNode* node = NodeOf(index);
   if (!node) return Qt::NoItemFlags;
-  Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
-  // The title row is never edited here.
-  return node->identity == 0 ? flags : flags | Qt::ItemIsEditable;
+  Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDropEnabled;
+  // The title row is never edited here, nor dragged.
+  return node->identity == 0 ? flags : flags | Qt::ItemIsEditable | Qt::ItemIsDragEnabled;
+}
+
+QStringList DataGridModel::mimeTypes() const {
+  return {QString::fromLatin1(kItemMimeType)};
+}
+
+QMimeData* DataGridModel::mimeData(const QModelIndexList& indexes) const {
+  GridNode* node = indexes.isEmpty() ? nullptr : NodeOf(indexes.first());
+  if (!node || node->identity == 0) return nullptr;
+  auto* data = new QMimeData();
+  data->setData(QString::fromLatin1(kItemMimeType), QByteArray::number(node->identity));
+  return data;
+}
+
+Qt::DropActions DataGridModel::supportedDragActions() const {
+  return Qt::MoveAction | Qt::CopyAction;
+}
+
+Qt::DropActions DataGridModel::supportedDropActions() const {
+  return Qt::MoveAction | Qt::CopyAction;
 }
 
 }  // namespace zephyr::editor

@@ -48,6 +48,10 @@ void EditorState::ConnectDataView() {
   On(mnuMoveUp, &QAction::triggered, [this]() { MoveItem(-1); });
   On(mnuMoveDown, &QAction::triggered, [this]() { MoveItem(1); });
   On(mnuIndent, &QAction::triggered, [this]() { Indent(); });
+  On(DataGrid, &OutlineView::Dropped,
+     [this](const QModelIndex& target, OutlineView::DropPlace place, bool copy) {
+       DropItem(target, static_cast<int>(place), copy);
+     });
   On(mnuOutdent, &QAction::triggered, [this]() { Outdent(); });
   On(txtFind, &QLineEdit::textChanged, [this]() { find_timer->start(); });
   On(find_timer, &QTimer::timeout, [this]() { ApplyFind(); });

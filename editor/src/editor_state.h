@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "outline_printer.h"
+#include "outline_view.h"
 #include "zephyr/editor/data_grid_model.h"
 #include "zephyr/editor/design_list_models.h"
 #include "zephyr/editor/new_key_prompt.h"
@@ -160,6 +161,12 @@ class EditorState : public QObject {
   QModelIndex ParentRowOf(const PopupItem& item);
   void CopyPopupItem();
   void CopyPopupItemW_Children();
+  // Shows a newly added branch: its rows where Sort_Tree puts them,
+  // expanded and current, and the addition recorded for undo.
+  void ShowAddedBranch(const std::shared_ptr<PopupItem>& added, const QString& text);
+  // True, after telling the user, when the branch of `item` would reach
+  // below the popup's last level at `level`.
+  bool TooDeep(const std::shared_ptr<PopupItem>& item, int level, const char* what);
   // Adds a copy of `source` with its whole branch as a new sibling after
   // `beside` (at the end of the top level for a top-level item), recorded
   // for undo under `text`.
@@ -176,6 +183,9 @@ class EditorState : public QObject {
   QModelIndex MoveNeighbour(int step) const;
   // Moves the current item up or down among its siblings, undoably.
   void MoveItem(int step);
+  // The current item dropped above, on or below a row: moved there, or
+  // copied with its branch; the code comes from the key step.
+  void DropItem(const QModelIndex& target, int place, bool copy);
   // Makes the current item the last child of its previous sibling, or the
   // next sibling of its parent, with a code from the key step; undoably.
   void Indent();
@@ -297,7 +307,7 @@ class EditorState : public QObject {
   QLabel* lblStep = nullptr;
   QComboBox* cboStep = nullptr;
   QPushButton* cmdDelete = nullptr;
-  QTreeView* DataGrid = nullptr;
+  OutlineView* DataGrid = nullptr;
   QLineEdit* txtFind = nullptr;
   QTimer* find_timer = nullptr;
   QLabel* Label1 = nullptr;

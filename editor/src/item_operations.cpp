@@ -192,6 +192,10 @@ void EditorState::CopyBranchBeside(const std::shared_ptr<PopupItem>& source,
       popup->ModifyKey(path.substr(2 * static_cast<size_t>(level) - 2, 2), added, level);
     }
   }
+  ShowAddedBranch(added, text);
+}
+
+void EditorState::ShowAddedBranch(const std::shared_ptr<PopupItem>& added, const QString& text) {
   int32_t current_before = IdentityOf(DataGrid->currentIndex());
   QModelIndex parent_row = ParentRowOf(*added);
   bool parent_was_expanded = DataGrid->isExpanded(parent_row);
@@ -276,18 +280,70 @@ std::string EditorState::NewCode(const PopupItems& siblings, const std::string& 
   return text.substr(0, 2);
 }
 
+bool EditorState::TooDeep(const std::shared_ptr<PopupItem>& item, int level, const char* what) {
+  int deepest = 0;
+  for (const auto& entry : popup->KeysOf(item).entries) {
+    deepest = std::max<int>(deepest, entry.level);
+  }
+  if (deepest - item->Level() + level <= popup->Levels()) return false;
+  Tell(std::string("The item cannot be ") + what + ": its branch would go below the popup's " +
+       std::to_string(popup->Levels()) + " levels.");
+  return true;
+}
+
+namespace {
+
+// True when `candidate` is `top` or stands in its branch.
+bool InBranchOf(std::shared_ptr<PopupItem> candidate, const std::shared_ptr<PopupItem>& top) {
+  for (; candidate; candidate = candidate->Level() > 1 ? candidate->Parent() : nullptr) {
+    if (candidate == top) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+void EditorState::DropItem(const QModelIndex& target, int place, bool copy) {
+  auto item = FindItemByIdentity(IdentityOf(DataGrid->currentIndex()));
+  if (!item || !target.isValid()) return;
+  auto target_item = grid->ItemAt(target);  // null for the title row
+  std::shared_ptr<PopupItem> parent;
+  std::string after_code;
+  if (place == static_cast<int>(OutlineView::DropPlace::kOn)) {
+    parent = target_item;  // as its last child
+  } else {
+    if (!target_item) return;  // nothing stands beside the title row
+    parent = target_item->Level() == 1 ? nullptr : target_item->Parent();
+    if (place == static_cast<int>(OutlineView::DropPlace::kBelow)) {
+      after_code = OwnCode(target_item->PopupKey());
+    } else {
+      // Between the row above (or the start of the list) and the target.
+      auto above = grid->ItemAt(target.siblingAtRow(target.row() - 1));
+      after_code = above ? OwnCode(above->PopupKey()) : "00";
+    }
+  }
+  if (!copy && InBranchOf(parent, item)) return;  // not into its own branch
+  int level = parent ? parent->Level() + 1 : 1;
+  if (TooDeep(item, level, copy ? "copied there" : "moved there")) return;
+  auto siblings = parent ? parent->Children() : popup->PopupItems();
+  std::string code = NewCode(*siblings, after_code);
+  if (code.empty()) return;
+  if (copy) {
+    auto added = PopupItem::Create();
+    CloneNewItem(added, item);
+    popup->AppendBranch(added, parent, code);
+    ShowAddedBranch(added, QStringLiteral("Copy '%1' with Children").arg(NameOf(*item)));
+  } else {
+    Record(new ReparentCommand(*this, QStringLiteral("Move '%1'").arg(NameOf(*item)),
+                               item->Identity(), parent ? parent->Identity() : 0, code));
+  }
+}
+
 void EditorState::Indent() {
   QModelIndex previous = MoveNeighbour(-1);
   auto item = FindItemByIdentity(IdentityOf(DataGrid->currentIndex()));
   if (!previous.isValid() || !item) return;
-  int deepest = 0;
-  for (const auto& entry : popup->KeysOf(item).entries)
-    deepest = std::max<int>(deepest, entry.level);
-  if (deepest >= popup->Levels()) {
-    Tell("The item cannot be indented: its branch would go below the popup's " +
-         std::to_string(popup->Levels()) + " levels.");
-    return;
-  }
+  if (TooDeep(item, item->Level() + 1, "indented")) return;
   auto parent = FindItemByIdentity(IdentityOf(previous));
   std::string code = NewCode(*parent->Children(), "");
   if (code.empty()) return;

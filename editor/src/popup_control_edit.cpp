@@ -204,7 +204,7 @@ void EditorState::BuildControls() {
   auto* find = new QShortcut(QKeySequence::Find, q);
   find->setContext(Qt::WidgetWithChildrenShortcut);
   On(find, &QShortcut::activated, [this]() { q->FocusFind(); });
-  DataGrid = Named(new QTreeView(FraDataMode), "DataGrid");
+  DataGrid = Named(new OutlineView(FraDataMode), "DataGrid");
   DataGrid->setModel(grid);
   DataGrid->setSelectionBehavior(QAbstractItemView::SelectItems);
   DataGrid->setSelectionMode(QAbstractItemView::SingleSelection);

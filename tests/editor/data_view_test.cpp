@@ -4,6 +4,7 @@
 #include <QAbstractItemModelTester>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QPrinter>
 #include <QProcess>
 #include <QPushButton>
@@ -51,6 +52,27 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     text.start("pdftotext", {"-layout", printer.outputFileName(), "-"});
     if (!text.waitForFinished(30000)) return {};
     return QString::fromUtf8(text.readAllStandardOutput()).split('\f');
+  }
+  enum class Where { kAbove, kOn, kBelow };
+  // Drags a row onto (or above, or below) another as the view sees it: the
+  // drag enters, moves over the target and is dropped there.
+  void Drag(const QModelIndex& from, const QModelIndex& to, Where where,
+            Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    Grid()->setCurrentIndex(from);
+    QRect place = Grid()->visualRect(to);
+    QPoint point(place.center().x(), where == Where::kAbove   ? place.top() + 1
+                                     : where == Where::kBelow ? place.bottom() - 1
+                                                              : place.center().y());
+    std::unique_ptr<QMimeData> data(Grid()->model()->mimeData({from}));
+    Qt::DropAction action = modifiers & Qt::ControlModifier ? Qt::CopyAction : Qt::MoveAction;
+    QWidget* target = Grid()->viewport();
+    QDragEnterEvent enter(point, action, data.get(), Qt::LeftButton, modifiers);
+    QApplication::sendEvent(target, &enter);
+    QDragMoveEvent move(point, action, data.get(), Qt::LeftButton, modifiers);
+    QApplication::sendEvent(target, &move);
+    QDropEvent drop(point, action, data.get(), Qt::LeftButton, modifiers);
+    QApplication::sendEvent(target, &drop);
+    QApplication::processEvents();
   }
   QStringList SavedKeys(const char* table_file) {
     zephyr::dBase table;
@@ -337,6 +359,41 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     QCOMPARE(bread->PopupKey(), std::string("  30"));
   }
 
+  // Dropped on an item, the dragged item becomes its last child; above or
+  // below a row, its sibling, coded between its new neighbours; with Ctrl, a
+  // copy of the branch. Each is one undoable command.
+  void draggingMovesOrCopiesTheBranch() {
+    Open();
+    auto pears = Item(Row({"10", "20"}));
+    auto fruit = Item(Row({"10"}));
+    Drag(Row({"10", "20"}), Row({"20"}), Where::kOn);  // onto Bakery
+    QCOMPARE(pears->PopupKey(), std::string("2020"));
+    QCOMPARE(Outline(), QStringList({"Products", "10", "10", "20", "10", "20"}));
+    keys->answers = {"05"};  // no room below 10 with step 10: asked
+    Drag(Row({"20", "20"}), Row({"20", "10"}), Where::kAbove);  // before Bread
+    QCOMPARE(pears->PopupKey(), std::string("2005"));
+    QCOMPARE(Outline(), QStringList({"Products", "10", "10", "20", "05", "10"}));
+    editor->undo();
+    QCOMPARE(pears->PopupKey(), std::string("2020"));
+    editor->undo();
+    QCOMPARE(pears->PopupKey(), std::string("1020"));
+    QCOMPARE(pears->Parent(), fruit);
+
+    Drag(Row({"20"}), Row({"10"}), Where::kOn);  // a group under a group: too deep
+    QCOMPARE(Prompts().back().substr(0, 42),
+             std::string("The item cannot be moved there: its branch"));
+    QCOMPARE(Outline(), QStringList({"Products", "10", "10", "20", "20", "10"}));
+
+    Drag(Row({"20", "10"}), Row({"10"}), Where::kOn, Qt::ControlModifier);  // a copy of Bread
+    QVERIFY(Row({"10", "30"}).isValid());
+    QCOMPARE(Item(Row({"10", "30"}))->PopupValues()->Item(Variant(1))->Value(),
+             std::string("Bread"));
+    QVERIFY(Item(Row({"10", "30"})) != Item(Row({"20", "10"})));
+    QCOMPARE(Item(Row({"10", "30"}))->Level(), int16_t{2});
+    editor->undo();
+    QVERIFY(!Row({"10", "30"}).isValid());
+  }
+
   void aKeyStepThatIsNoNumberIsATypeMismatch() {
     Open();
     Child<QComboBox>("cboStep")->setEditText("ab");
@@ -447,7 +504,7 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
       Grid()->setCurrentIndex(row);
       keys->answers = {std::to_string(10 + pick(90)), std::to_string(10 + pick(90))};
       messages->answers = {MessageAnswer::kYes};
-      switch (pick(10)) {
+      switch (pick(11)) {
         case 0:
           if (row.parent().isValid()) Type(row.siblingAtColumn(1), QString("v%1").arg(step));
           break;
@@ -475,6 +532,14 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
         case 8: {
           const Qt::Key moves[] = {Qt::Key_Up, Qt::Key_Down, Qt::Key_Left, Qt::Key_Right};
           QTest::keyClick(Grid(), moves[pick(4)], Qt::AltModifier | Qt::ShiftModifier);
+          break;
+        }
+        case 9: {
+          const Where places[] = {Where::kAbove, Where::kOn, Where::kBelow};
+          QModelIndex to = rows[static_cast<size_t>(pick(static_cast<int>(rows.size())))];
+          if (row.parent().isValid()) {
+            Drag(row, to, places[pick(3)], pick(2) ? Qt::ControlModifier : Qt::NoModifier);
+          }
           break;
         }
         default:

@@ -61,6 +61,8 @@ class DataGridModel : public QAbstractItemModel {
   Q_OBJECT
 
  public:
+  // The type of the drag data: an item's identity as decimal text.
+  static constexpr const char* kItemMimeType = "application/x-zephyr-popup-item";
   // True on the key cell of a row whose key the user changed.
   static constexpr int kKeyChangedRole = Qt::UserRole + 1;
 
@@ -133,6 +135,12 @@ class DataGridModel : public QAbstractItemModel {
   QVariant data(const QModelIndex& index, int role) const override;
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
   Qt::ItemFlags flags(const QModelIndex& index) const override;
+  // Items are dragged as their identity; the view, not the model, carries
+  // out a drop.
+  QStringList mimeTypes() const override;
+  QMimeData* mimeData(const QModelIndexList& indexes) const override;
+  Qt::DropActions supportedDragActions() const override;
+  Qt::DropActions supportedDropActions() const override;
 
  private:
   // Internal ids: the item's identity, and kTitleId for the title row.
