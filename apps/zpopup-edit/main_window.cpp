@@ -73,6 +73,8 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
   edit->addSeparator();
   // The outline and the editor take these keys themselves, where they mean
   // the item and not the text of a box: the menu shows them without taking them.
+  edit->addAction(tr("Cu&t Item") + QStringLiteral("\tCtrl+X"), this,
+                  [this]() { editor_->CutCurrentItem(); });
   edit->addAction(tr("&Copy Item") + QStringLiteral("\tCtrl+C"), this,
                   [this]() { editor_->CopyCurrentItem(); });
   edit->addAction(tr("&Paste") + QStringLiteral("\tCtrl+V"), this,

@@ -338,8 +338,8 @@ bool EditorState::DataGridKey(QKeyEvent* event, QWidget* editor) {
     StartEdit();
     return true;
   }
-  if (event->matches(QKeySequence::Copy)) {
-    CopyToClipboard();
+  if (event->matches(QKeySequence::Copy) || event->matches(QKeySequence::Cut)) {
+    CopyToClipboard(event->matches(QKeySequence::Cut));
     return true;
   }
   if (event->matches(QKeySequence::Paste)) {

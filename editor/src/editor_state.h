@@ -177,7 +177,9 @@ class EditorState : public QObject {
   void CloneNewItem(const std::shared_ptr<PopupItem>& target,
                     const std::shared_ptr<PopupItem>& source);
   void Paste();
-  void CopyToClipboard();
+  // Puts the current item's identity on the clipboard; a cut item is moved,
+  // not copied, by the next paste.
+  void CopyToClipboard(bool cut = false);
   // The sibling row the current item would trade places with, one up (-1)
   // or down (1) in the outline; invalid when there is none.
   QModelIndex MoveNeighbour(int step) const;
@@ -261,6 +263,7 @@ class EditorState : public QObject {
   std::shared_ptr<PopupItem> AddParent;
   // What this editor last put on the clipboard: the copied item's identity.
   int32_t copied_identity = 0;
+  bool copied_was_cut = false;
   // What the outline showed when the design view took over and the popup's
   // items then changed under it: printing shows the outline as it was.
   std::optional<std::pair<QStringList, std::vector<PrintedRow>>> printed_outline;

@@ -252,7 +252,22 @@ void EditorState::Paste() {
   auto source = PasteSource();
   auto current = CurrentItem();
   if (!source || !current) return;
-  CopyBranchBeside(source, current, QStringLiteral("Paste '%1'").arg(NameOf(*source)));
+  if (!copied_was_cut) {
+    CopyBranchBeside(source, current, QStringLiteral("Paste '%1'").arg(NameOf(*source)));
+    return;
+  }
+  // A cut item moves, once, with its identity, after the current item.
+  copied_identity = 0;
+  copied_was_cut = false;
+  if (source == current) {
+    EnableDisable();
+    return;
+  }
+  auto parent = current->Level() == 1 ? nullptr : current->Parent();
+  std::string code = NewCode(*popup->SiblingsOf(*current), OwnCode(current->PopupKey()));
+  if (code.empty()) return;
+  Record(new ReparentCommand(*this, QStringLiteral("Move '%1'").arg(NameOf(*source)),
+                             source->Identity(), parent ? parent->Identity() : 0, code));
 }
 
 QModelIndex EditorState::MoveNeighbour(int step) const {
@@ -363,10 +378,11 @@ void EditorState::Outdent() {
                              item->Identity(), grandparent ? grandparent->Identity() : 0, code));
 }
 
-void EditorState::CopyToClipboard() {
+void EditorState::CopyToClipboard(bool cut) {
   if (auto item = CurrentItem(); item && !CurrentIsTitle()) {
     clipboard->SetText(std::to_string(item->Identity()));
     copied_identity = item->Identity();
+    copied_was_cut = cut;
     EnableDisable();
   }
 }

@@ -607,6 +607,10 @@ void PopupControlEdit::CopyCurrentItem() {
   if (state_->DataMode) state_->Guarded([this]() { state_->CopyToClipboard(); });
 }
 
+void PopupControlEdit::CutCurrentItem() {
+  if (state_->DataMode) state_->Guarded([this]() { state_->CopyToClipboard(true); });
+}
+
 void PopupControlEdit::PasteItem() {
   if (state_->DataMode) state_->Guarded([this]() { state_->Paste(); });
 }

@@ -292,6 +292,18 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     editor->undo();
     editor->undo();
     QCOMPARE(Outline(), QStringList({"Products", "10", "10", "20", "20", "10"}));
+
+    // Cut and paste moves the item itself, once.
+    Grid()->setCurrentIndex(Row({"10", "20"}));
+    QTest::keySequence(Grid(), QKeySequence::Cut);
+    Grid()->setCurrentIndex(Row({"20", "10"}));
+    QTest::keySequence(Grid(), QKeySequence::Paste);
+    QCOMPARE(Item(Row({"20", "20"})), pears);
+    QCOMPARE(pears->PopupKey(), std::string("2020"));
+    QCOMPARE(Item(Row({"10"}))->Children()->Count(), 1);
+    QVERIFY(!Child<QAction>("mnuPaste")->isEnabled());
+    editor->undo();
+    QCOMPARE(pears->PopupKey(), std::string("1020"));
   }
 
   // Moving trades codes with the neighbour, branches included; undo trades back.
@@ -524,7 +536,7 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
           Child<QAction>("mnucopywithchildren")->trigger();
           break;
         case 6:
-          QTest::keySequence(Grid(), QKeySequence::Copy);
+          QTest::keySequence(Grid(), pick(2) ? QKeySequence::Copy : QKeySequence::Cut);
           break;
         case 7:
           QTest::keySequence(Grid(), QKeySequence::Paste);

@@ -136,8 +136,11 @@ class PopupControlEdit : public QWidget {
   // The data view's commands, for a host's menus; nothing in the design view.
   // Puts the current item's identity on the clipboard, for Paste.
   void CopyCurrentItem();
+  // Puts the current item's identity on the clipboard for Paste to move it.
+  void CutCurrentItem();
   // Pastes a copy of the item this editor copied, with its branch, after the
-  // current item when that stands at the copied item's level.
+  // current item when that stands at the copied item's level; a cut item is
+  // moved there instead, once.
   void PasteItem();
   // Deletes the current item and its branch, after asking; nothing on the
   // title row.
