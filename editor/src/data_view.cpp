@@ -463,6 +463,8 @@ void EditorState::DeleteDataItem() {
   }
   DataGrid->setCurrentIndex(above.isValid() ? above : grid->TitleIndex());
   if (CurrentIsTitle()) cmdDelete->setEnabled(false);
+  // The view moved its current row while the deleted rows were still there.
+  EnableDisable();
 }
 
 }  // namespace zephyr::editor

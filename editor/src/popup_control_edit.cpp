@@ -474,6 +474,8 @@ std::shared_ptr<PopupItem> EditorState::PasteSource() {
   if (copied_identity == 0 || CurrentIsTitle()) return nullptr;
   // Only what this editor copied: a number from anywhere else is no item of ours.
   if (clipboard->Text() != std::to_string(copied_identity)) return nullptr;
+  // Only an item of the outline: a deleted one lives on in its undo command.
+  if (!grid->IndexOfIdentity(copied_identity).isValid()) return nullptr;
   auto copied = FindItemByIdentity(copied_identity);
   if (!copied) return nullptr;
   QModelIndex current = DataGrid->currentIndex();
@@ -592,11 +594,15 @@ QUndoStack* PopupControlEdit::UndoStack() const {
 }
 
 void PopupControlEdit::undo() {
-  if (state_->DataMode) state_->Guarded([this]() { state_->undo_stack->undo(); });
+  if (!state_->DataMode) return;
+  // An edit that cannot be undone ends the history: what it would restore is
+  // no longer known.
+  if (!state_->Guarded([this]() { state_->undo_stack->undo(); })) state_->undo_stack->clear();
 }
 
 void PopupControlEdit::redo() {
-  if (state_->DataMode) state_->Guarded([this]() { state_->undo_stack->redo(); });
+  if (!state_->DataMode) return;
+  if (!state_->Guarded([this]() { state_->undo_stack->redo(); })) state_->undo_stack->clear();
 }
 
 void PopupControlEdit::ReportError(const std::exception& error) {

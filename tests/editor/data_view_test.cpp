@@ -304,6 +304,13 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     QVERIFY(!Child<QAction>("mnuPaste")->isEnabled());
     editor->undo();
     QCOMPARE(pears->PopupKey(), std::string("1020"));
+    // A deleted item, kept alive for its undo, is pasted nowhere.
+    Grid()->setCurrentIndex(Row({"10", "20"}));
+    QTest::keySequence(Grid(), QKeySequence::Copy);
+    messages->answers = {MessageAnswer::kYes};
+    QTest::keyClick(Grid(), Qt::Key_Delete);
+    Grid()->setCurrentIndex(Row({"10", "10"}));
+    QVERIFY(!Child<QAction>("mnuPaste")->isEnabled());
   }
 
   // Moving trades codes with the neighbour, branches included; undo trades back.
@@ -564,9 +571,10 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     QVERIFY(stack->count() > 100);
     const int edits = stack->index();
     const std::string after = save("After");
-    while (stack->canUndo()) editor->undo();
+    for (int undone = 0; undone < edits; ++undone) editor->undo();
+    QVERIFY(!stack->canUndo());
     QCOMPARE(save("Undone"), before);
-    while (stack->canRedo()) editor->redo();
+    for (int redone = 0; redone < edits; ++redone) editor->redo();
     QCOMPARE(stack->index(), edits);
     QCOMPARE(save("Redone"), after);
   }
