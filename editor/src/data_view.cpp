@@ -85,7 +85,7 @@ void EditorState::LoadDataGrid() {
   // first fill stands for the others.
   if (!(Opening && filled_while_opening)) {
     printed_outline.reset();
-    undo_stack->clear();
+    ClearHistory();
     grid->Load(popup);
     SortTree();
     // Expanding the parents one by one keeps the view's bookkeeping to the
@@ -274,7 +274,7 @@ void EditorState::DataAfterEdit(const QModelIndex& cell, const QString& text) {
     QModelIndex value = grid->index(cell.row(), cell.column(), cell.parent());
     std::string before = ToUtf8(value.data().toString());
     grid->SetValue(value, ToUtf8(text));
-    Edited();
+    SetDataChanged(true);
     WidenColumnFor(value);
     Record(new ChangeValueCommand(*this, item->Identity(), cell.column(), std::move(before),
                                   ToUtf8(value.data().toString())));
@@ -296,7 +296,7 @@ void EditorState::DataAfterEdit(const QModelIndex& cell, const QString& text) {
   // The row's own children are ordered; the row itself keeps its place
   // among its siblings until the next Sort_Tree.
   SortRecord sorted = grid->SortChildren(row);
-  Edited();
+  SetDataChanged(true);
   Record(new ChangeKeyCommand(*this, item->Identity(), std::move(before), code, was_marked,
                               std::move(sorted)));
   // Key entry flows on into the first value, once this editor has closed.
@@ -451,15 +451,15 @@ void EditorState::DeleteDataItem() {
   int32_t parent_identity = IdentityOf(row.parent());
   int position = row.row();
   grid->RemoveRow(row);
-  Edited();
-  if (item) {
-    QString name = NameOf(*item);
-    PopupClass::DetachedItem detached = popup->DetachItem(item);
-    if (detached.item) {
-      Record(new DeleteBranchCommand(*this, QStringLiteral("Delete '%1'").arg(name),
-                                     std::move(detached), parent_identity, position,
-                                     std::move(layout), std::move(expanded)));
-    }
+  SetDataChanged(true);
+  PopupClass::DetachedItem detached;
+  if (item) detached = popup->DetachItem(item);
+  if (detached.item) {
+    Record(new DeleteBranchCommand(*this, QStringLiteral("Delete '%1'").arg(NameOf(*item)),
+                                   std::move(detached), parent_identity, position,
+                                   std::move(layout), std::move(expanded)));
+  } else {
+    SetModified(true);  // a row without an item of the outline: nothing to undo
   }
   DataGrid->setCurrentIndex(above.isValid() ? above : grid->TitleIndex());
   if (CurrentIsTitle()) cmdDelete->setEnabled(false);

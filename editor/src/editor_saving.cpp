@@ -6,6 +6,7 @@
 #include <QLineEdit>
 #include <QTableView>
 #include <QTreeView>
+#include <QUndoStack>
 
 #include "editor_state.h"
 #include "tab_strip.h"
@@ -129,7 +130,10 @@ bool EditorState::SaveChanges(bool save_as) {
   // The component clears its flag whether or not SaveData wrote; the
   // unsaved work is gone only when it did.
   SetDataChanged(false);
-  if (wrote) SetModified(false);
+  if (wrote) {
+    undo_stack->setClean();
+    SetModified(false);
+  }
   return wrote;
 }
 

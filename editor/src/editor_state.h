@@ -70,8 +70,14 @@ class EditorState : public QObject {
   void ResizeControls();
   void SizeFieldColumns();
   void SetDataChanged(bool changed);
-  // Unsaved work: set by every change of the popup, cleared by a save that wrote.
+  // Unsaved work: a change outside the item history, or a history that does
+  // not stand where the last save left it. SetModified sets the first.
   void SetModified(bool modified);
+  bool IsModified() const;
+  // Tells the host when IsModified changed.
+  void UpdateModified();
+  // Empties the item history; what it held stays unsaved work.
+  void ClearHistory();
   // A change the user made: both unsaved work and the component's DataChanged.
   void Edited();
   MessageAnswer Tell(const std::string& prompt, MessageButtons buttons = MessageButtons::kOk,
@@ -248,7 +254,9 @@ class EditorState : public QObject {
   std::string SourceFile;
   bool DataMode = false;
   bool DataChanged = false;
+  // A change the item history does not hold (design, title, import).
   bool modified = false;
+  bool reported_modified = false;
   // The widget is being destroyed: its children's signals and events are ignored.
   bool closing = false;
   bool Loading = false;

@@ -22,7 +22,9 @@ void ItemCommand::redo() {
 }
 
 void ItemCommand::Done() {
-  state_.Edited();
+  // Unsaved work follows the history's clean state; the component's flag is
+  // set by every edit.
+  state_.SetDataChanged(true);
   // The current row may have kept its place while its neighbours changed.
   state_.EnableDisable();
 }

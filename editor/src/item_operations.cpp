@@ -95,7 +95,6 @@ void EditorState::AddGridRow(const QModelIndex& parent_row, const std::shared_pt
   DataGrid->expand(row.parent());
   SortRecord sorted = SortTree();
   SelectItemRow(item);
-  SetModified(true);
   Record(new AddBranchCommand(*this, text, item->Identity(), current_before, parent_was_expanded,
                               std::move(sorted)));
 }
@@ -202,7 +201,6 @@ void EditorState::ShowAddedBranch(const std::shared_ptr<PopupItem>& added, const
   QModelIndex row = grid->AppendRow(parent_row, added->Identity());
   LogAdd2GridCopy(*added);
   grid->AppendBranch(row, *added);
-  SetModified(true);
   SortRecord sorted = SortTree();
   QModelIndex copied = grid->IndexOfIdentity(added->Identity());
   DataGrid->expand(copied.parent());

@@ -70,6 +70,7 @@ void EditorState::BuildControls() {
   undo_stack = new QUndoStack(this);
   connect(undo_stack, &QUndoStack::canUndoChanged, q, &PopupControlEdit::canUndoChanged);
   connect(undo_stack, &QUndoStack::canRedoChanged, q, &PopupControlEdit::canRedoChanged);
+  connect(undo_stack, &QUndoStack::cleanChanged, this, [this]() { UpdateModified(); });
 
   auto* outer = new QVBoxLayout(q);
   outer->setContentsMargins(4, 4, 4, 4);
@@ -260,9 +261,26 @@ void EditorState::SetDataChanged(bool changed) {
 }
 
 void EditorState::SetModified(bool changed) {
-  if (modified == changed) return;
   modified = changed;
-  emit q->modifiedChanged(changed);
+  UpdateModified();
+}
+
+bool EditorState::IsModified() const {
+  return modified || !undo_stack->isClean();
+}
+
+void EditorState::UpdateModified() {
+  bool now = IsModified();
+  if (now == reported_modified) return;
+  reported_modified = now;
+  emit q->modifiedChanged(now);
+}
+
+void EditorState::ClearHistory() {
+  // What the history held is unsaved unless the history stood at the save.
+  if (!undo_stack->isClean()) modified = true;
+  undo_stack->clear();
+  UpdateModified();
 }
 
 void EditorState::Edited() {
@@ -319,6 +337,7 @@ void EditorState::OpenPopup(const std::string& path, const std::string& file) {
   SourceFile = std::move(source_file);
   popup = std::move(opened);
   copied_identity = 0;
+  undo_stack->clear();  // the last popup's history, saved or not, goes with it
   SetModified(false);
   if (!SourceFile.empty()) {
     LoadTemplateData();
@@ -339,7 +358,7 @@ void EditorState::LoadDesignMode() {
   Loading = true;
   DataMode = false;
   // The item edits are the data view's: the design view may change the items.
-  undo_stack->clear();
+  ClearHistory();
   FillDesignGrids();
   // One view at a time: both shown at once would make the window as tall as both.
   FraDataMode->setVisible(false);
@@ -512,7 +531,7 @@ bool PopupControlEdit::DataChanged() const {
   return state_->DataChanged;
 }
 bool PopupControlEdit::Modified() const {
-  return state_->modified;
+  return state_->IsModified();
 }
 bool PopupControlEdit::DataMode() const {
   return state_->DataMode;
@@ -597,12 +616,12 @@ void PopupControlEdit::undo() {
   if (!state_->DataMode) return;
   // An edit that cannot be undone ends the history: what it would restore is
   // no longer known.
-  if (!state_->Guarded([this]() { state_->undo_stack->undo(); })) state_->undo_stack->clear();
+  if (!state_->Guarded([this]() { state_->undo_stack->undo(); })) state_->ClearHistory();
 }
 
 void PopupControlEdit::redo() {
   if (!state_->DataMode) return;
-  if (!state_->Guarded([this]() { state_->undo_stack->redo(); })) state_->undo_stack->clear();
+  if (!state_->Guarded([this]() { state_->undo_stack->redo(); })) state_->ClearHistory();
 }
 
 void PopupControlEdit::ReportError(const std::exception& error) {

@@ -56,7 +56,8 @@ class PopupControlEdit : public QWidget {
   bool DataChanged() const;
   // True while the popup holds work no save has written: set by every change
   // of the title, design, items, keys or values and by an import; cleared by
-  // opening a popup and by a save that wrote its files.
+  // opening a popup, by a save that wrote its files, and by undoing the item
+  // edits back to where that save (or the opening) left them.
   bool Modified() const;
   // True while the data view is the current view; writing only stores it.
   bool DataMode() const;
