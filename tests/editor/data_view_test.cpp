@@ -527,7 +527,25 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
   }
   void undoAndRedoRestoreEveryEditExactly() {
     QFETCH(unsigned, seed);
-    Open();
+    // Three levels, codes 10 to 40, 10 to 30 and 10 to 30 below each parent.
+    zephyr::testing::PopupDesign design;
+    design.questions = {"Aisle", "Shelf", "Product"};
+    design.fields = {{"Name", 12}, {"Note", 5}};
+    std::vector<zephyr::testing::Row> rows;
+    for (int a = 10; a <= 40; a += 10) {
+      std::string top = std::to_string(a);
+      rows.push_back({"    " + top, "Aisle " + top, "a"});
+      for (int b = 10; b <= 30; b += 10) {
+        std::string middle = top + "  " + std::to_string(b);
+        rows.push_back({middle, "Shelf " + middle, "b"});
+        for (int c = 10; c <= 30; c += 10) {
+          std::string leaf = top + std::to_string(b) + std::to_string(c);
+          rows.push_back({leaf, "Item " + leaf, "c"});
+        }
+      }
+    }
+    zephyr::testing::WritePopupFiles(dir->Path(), "Shop", design, rows);
+    editor->OpenPopup(dir->Path(), "Shop");
     std::mt19937 random(seed);
     auto pick = [&](int count) {
       return static_cast<int>(random() % static_cast<unsigned>(count));
