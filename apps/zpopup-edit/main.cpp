@@ -1,10 +1,12 @@
 // zpopup-edit [POPUP]: edits a popup in a desktop window.
 // zpopup-edit --screenshot OUT.png [--view design|data] [--select KEY]
-// [--find TEXT] POPUP: renders the window offscreen to a PNG and exits.
+// [--find TEXT] [--menu] POPUP: renders the window offscreen to a PNG and exits.
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QLineEdit>
 #include <QEventLoop>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPainter>
 #include <QPixmap>
 #include <QTimer>
 #include <QTreeView>
@@ -20,6 +22,8 @@ struct ScreenshotScene {
   // The popup key of the item made current, two digits per level: "1020".
   QString select;
   QString find;
+  // Open the item menu over the current row.
+  bool item_menu = false;
 };
 
 // Makes the outline row of the item with this key current.
@@ -58,7 +62,20 @@ int Screenshot(zephyr::apps::MainWindow& window, const QString& out, const Scree
   QEventLoop settle;
   QTimer::singleShot(400, &settle, &QEventLoop::quit);
   settle.exec();
-  if (!window.grab().save(out, "PNG")) {
+  QPixmap shot = window.grab();
+  if (scene.item_menu) {
+    // A menu is a window of its own: it is drawn onto the picture where it opened.
+    auto* outline = editor->findChild<QTreeView*>(QStringLiteral("DataGrid"));
+    auto* menu = editor->findChild<QMenu*>(QStringLiteral("mnuPopupAction"));
+    QRect row = outline->visualRect(outline->currentIndex());
+    menu->popup(outline->viewport()->mapToGlobal(row.center()));
+    QEventLoop shown;
+    QTimer::singleShot(200, &shown, &QEventLoop::quit);
+    shown.exec();
+    QPainter painter(&shot);
+    painter.drawPixmap(window.mapFromGlobal(menu->pos()), menu->grab());
+  }
+  if (!shot.save(out, "PNG")) {
     std::fprintf(stderr, "zpopup-edit: %s: cannot write the picture\n", qPrintable(out));
     return 2;
   }
@@ -100,11 +117,15 @@ int main(int argc, char** argv) {
   QCommandLineOption find(QStringLiteral("find"),
                           QStringLiteral("With --screenshot: type this text into the find box."),
                           QStringLiteral("TEXT"));
+  QCommandLineOption item_menu(
+      QStringLiteral("menu"),
+      QStringLiteral("With --screenshot: open the item menu over the current row."));
   parser.addOption(screenshot);
   parser.addOption(print_pdf);
   parser.addOption(view);
   parser.addOption(select);
   parser.addOption(find);
+  parser.addOption(item_menu);
   parser.addPositionalArgument(
       QStringLiteral("POPUP"),
       QStringLiteral("The popup: folder and base name, or its .ZPT file."));
@@ -126,8 +147,10 @@ int main(int argc, char** argv) {
   if (batch) window.SetBatch();
   if (!popups.isEmpty() && !window.OpenNamed(popups.first()) && batch) return 2;
   if (parser.isSet(screenshot)) {
-    ScreenshotScene scene{view_name, parser.value(select), parser.value(find)};
-    if (scene.view.isEmpty() && (!scene.select.isEmpty() || !scene.find.isEmpty())) {
+    ScreenshotScene scene{view_name, parser.value(select), parser.value(find),
+                          parser.isSet(item_menu)};
+    if (scene.view.isEmpty() &&
+        (!scene.select.isEmpty() || !scene.find.isEmpty() || scene.item_menu)) {
       scene.view = QStringLiteral("data");
     }
     return Screenshot(window, parser.value(screenshot), scene);
