@@ -73,25 +73,32 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
   edit->addSeparator();
   // The outline and the editor take these keys themselves, where they mean
   // the item and not the text of a box: the menu shows them without taking them.
-  edit->addAction(tr("Cu&t Item") + QStringLiteral("\tCtrl+X"), this,
-                  [this]() { editor_->CutCurrentItem(); });
-  edit->addAction(tr("&Copy Item") + QStringLiteral("\tCtrl+C"), this,
-                  [this]() { editor_->CopyCurrentItem(); });
-  edit->addAction(tr("&Paste") + QStringLiteral("\tCtrl+V"), this,
-                  [this]() { editor_->PasteItem(); });
-  edit->addAction(tr("&Delete") + QStringLiteral("\tDel"), this,
-                  [this]() { editor_->DeleteCurrentItem(); });
-  edit->addAction(tr("Move &Up") + QStringLiteral("\tAlt+Shift+Up"), this,
-                  [this]() { editor_->MoveItemUp(); });
-  edit->addAction(tr("Move Do&wn") + QStringLiteral("\tAlt+Shift+Down"), this,
-                  [this]() { editor_->MoveItemDown(); });
-  edit->addAction(tr("&Indent") + QStringLiteral("\tAlt+Shift+Right"), this,
-                  [this]() { editor_->IndentItem(); });
-  edit->addAction(tr("&Outdent") + QStringLiteral("\tAlt+Shift+Left"), this,
-                  [this]() { editor_->OutdentItem(); });
-  edit->addSeparator();
-  edit->addAction(tr("&Find") + QStringLiteral("\tCtrl+F"), this,
-                  [this]() { editor_->FocusFind(); });
+  using Command = void (editor::PopupControlEdit::*)();
+  struct ItemCommand {
+    const char* text;
+    const char* keys;
+    Command run;
+  };
+  const ItemCommand item_commands[] = {
+      {QT_TR_NOOP("Cu&t Item"), "Ctrl+X", &editor::PopupControlEdit::CutCurrentItem},
+      {QT_TR_NOOP("&Copy Item"), "Ctrl+C", &editor::PopupControlEdit::CopyCurrentItem},
+      {QT_TR_NOOP("&Paste"), "Ctrl+V", &editor::PopupControlEdit::PasteItem},
+      {QT_TR_NOOP("&Delete"), "Del", &editor::PopupControlEdit::DeleteCurrentItem},
+      {QT_TR_NOOP("Move &Up"), "Alt+Shift+Up", &editor::PopupControlEdit::MoveItemUp},
+      {QT_TR_NOOP("Move Do&wn"), "Alt+Shift+Down", &editor::PopupControlEdit::MoveItemDown},
+      {QT_TR_NOOP("&Indent"), "Alt+Shift+Right", &editor::PopupControlEdit::IndentItem},
+      {QT_TR_NOOP("&Outdent"), "Alt+Shift+Left", &editor::PopupControlEdit::OutdentItem},
+      {nullptr, nullptr, nullptr},
+      {QT_TR_NOOP("&Find"), "Ctrl+F", &editor::PopupControlEdit::FocusFind},
+  };
+  for (const ItemCommand& command : item_commands) {
+    if (!command.text) {
+      edit->addSeparator();
+      continue;
+    }
+    edit->addAction(tr(command.text) + QLatin1Char('\t') + QLatin1String(command.keys), this,
+                    [this, run = command.run]() { (editor_->*run)(); });
+  }
   QMenu* view = menuBar()->addMenu(tr("&View"));
   view->addAction(tr("&Design"), QKeySequence(tr("Ctrl+1")), this,
                   [this]() { editor_->ShowView(false); });
