@@ -50,7 +50,7 @@ void EditorState::ConnectDataView() {
   On(mnuIndent, &QAction::triggered, [this]() { Indent(); });
   On(DataGrid, &OutlineView::Dropped,
      [this](const QModelIndex& target, OutlineView::DropPlace place, bool copy) {
-       DropItem(target, static_cast<int>(place), copy);
+       DropItem(target, place, copy);
      });
   On(mnuOutdent, &QAction::triggered, [this]() { Outdent(); });
   On(txtFind, &QLineEdit::textChanged, [this]() { find_timer->start(); });

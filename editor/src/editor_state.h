@@ -193,14 +193,14 @@ class EditorState : public QObject {
   void MoveItem(int step);
   // The current item dropped above, on or below a row: moved there, or
   // copied with its branch; the code comes from the key step.
-  void DropItem(const QModelIndex& target, int place, bool copy);
+  void DropItem(const QModelIndex& target, OutlineView::DropPlace place, bool copy);
   // Makes the current item the last child of its previous sibling, or the
   // next sibling of its parent, with a code from the key step; undoably.
   void Indent();
   void Outdent();
   // The two-digit code GetNewKey gives among siblings, or empty when the
   // user cancelled.
-  std::string NewCode(const PopupItems& siblings, const std::string& after_code);
+  std::string NewCode(const PopupItems& siblings, int16_t step, const std::string& after_code);
   // The item this editor put on the clipboard, when the clipboard still holds
   // it and it may be pasted beside the current row (a copy goes beside items
   // of its own level); null otherwise.

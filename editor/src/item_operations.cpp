@@ -76,10 +76,8 @@ std::shared_ptr<PopupItem> EditorState::AddpopupDataItem(
   std::string key(2 * static_cast<size_t>(popup->Levels()), ' ');
   std::string path = RemoveBlanks(parent_key);
   key.replace(0, std::min(path.size(), key.size()), path.substr(0, key.size()));
-  std::string code = std::to_string(GetNewKey(*siblings, step, after_code));
-  if (code == kCancelledNewKey) return nullptr;
-  if (code.size() < 2) code = "0" + code;
-  if (code.size() > 2) code = code.substr(0, 2);
+  std::string code = NewCode(*siblings, step, after_code);
+  if (code.empty()) return nullptr;
   if (key.size() >= 2) key.replace(key.size() - 2, 2, code);
   std::vector<std::string> values{kUndefinedValue};
   for (int32_t i = 3; i <= popup->PopupFields()->Count(); ++i) values.emplace_back();
@@ -262,7 +260,7 @@ void EditorState::Paste() {
     return;
   }
   auto parent = current->Level() == 1 ? nullptr : current->Parent();
-  std::string code = NewCode(*popup->SiblingsOf(*current), OwnCode(current->PopupKey()));
+  std::string code = NewCode(*popup->SiblingsOf(*current), KeyStep(), OwnCode(current->PopupKey()));
   if (code.empty()) return;
   Record(new ReparentCommand(*this, QStringLiteral("Move '%1'").arg(NameOf(*source)),
                              source->Identity(), parent ? parent->Identity() : 0, code));
@@ -285,8 +283,9 @@ void EditorState::MoveItem(int step) {
       moved, IdentityOf(neighbour)));
 }
 
-std::string EditorState::NewCode(const PopupItems& siblings, const std::string& after_code) {
-  int16_t code = GetNewKey(siblings, KeyStep(), after_code);
+std::string EditorState::NewCode(const PopupItems& siblings, int16_t step,
+                                 const std::string& after_code) {
+  int16_t code = GetNewKey(siblings, step, after_code);
   if (code == -1) return {};
   std::string text = std::to_string(code);
   if (text.size() < 2) text = "0" + text;
@@ -316,18 +315,18 @@ bool InBranchOf(std::shared_ptr<PopupItem> candidate, const std::shared_ptr<Popu
 
 }  // namespace
 
-void EditorState::DropItem(const QModelIndex& target, int place, bool copy) {
+void EditorState::DropItem(const QModelIndex& target, OutlineView::DropPlace place, bool copy) {
   auto item = FindItemByIdentity(IdentityOf(DataGrid->currentIndex()));
   if (!item || !target.isValid()) return;
   auto target_item = grid->ItemAt(target);  // null for the title row
   std::shared_ptr<PopupItem> parent;
   std::string after_code;
-  if (place == static_cast<int>(OutlineView::DropPlace::kOn)) {
+  if (place == OutlineView::DropPlace::kOn) {
     parent = target_item;  // as its last child
   } else {
     if (!target_item) return;  // nothing stands beside the title row
     parent = target_item->Level() == 1 ? nullptr : target_item->Parent();
-    if (place == static_cast<int>(OutlineView::DropPlace::kBelow)) {
+    if (place == OutlineView::DropPlace::kBelow) {
       after_code = OwnCode(target_item->PopupKey());
     } else {
       // Between the row above (or the start of the list) and the target.
@@ -339,7 +338,7 @@ void EditorState::DropItem(const QModelIndex& target, int place, bool copy) {
   int level = parent ? parent->Level() + 1 : 1;
   if (TooDeep(item, level, copy ? "copied there" : "moved there")) return;
   auto siblings = parent ? parent->Children() : popup->PopupItems();
-  std::string code = NewCode(*siblings, after_code);
+  std::string code = NewCode(*siblings, KeyStep(), after_code);
   if (code.empty()) return;
   if (copy) {
     auto added = PopupItem::Create();
@@ -358,7 +357,7 @@ void EditorState::Indent() {
   if (!previous.isValid() || !item) return;
   if (TooDeep(item, item->Level() + 1, "indented")) return;
   auto parent = FindItemByIdentity(IdentityOf(previous));
-  std::string code = NewCode(*parent->Children(), "");
+  std::string code = NewCode(*parent->Children(), KeyStep(), "");
   if (code.empty()) return;
   Record(new ReparentCommand(*this, QStringLiteral("Indent '%1'").arg(NameOf(*item)),
                              item->Identity(), parent->Identity(), code));
@@ -369,7 +368,7 @@ void EditorState::Outdent() {
   if (!item || item->Level() < 2) return;
   auto parent = item->Parent();
   if (!parent) return;
-  std::string code = NewCode(*popup->SiblingsOf(*parent), OwnCode(parent->PopupKey()));
+  std::string code = NewCode(*popup->SiblingsOf(*parent), KeyStep(), OwnCode(parent->PopupKey()));
   if (code.empty()) return;
   auto grandparent = parent->Level() == 1 ? nullptr : parent->Parent();
   Record(new ReparentCommand(*this, QStringLiteral("Outdent '%1'").arg(NameOf(*item)),
