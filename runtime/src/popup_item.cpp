@@ -231,4 +231,17 @@ void ItemAccess::PutAt(PopupItems& items, int32_t position, std::shared_ptr<Popu
   items.items_.PutAt(position, std::move(item), std::move(key));
 }
 
+const CollectionKey& ItemAccess::KeyAt(const PopupItems& items, int32_t position) {
+  return items.items_.KeyAt(position);
+}
+
+void ItemAccess::Append(PopupItems& items, std::shared_ptr<PopupItem> item,
+                        const CollectionKey& key) {
+  if (key.HasKey()) {
+    items.items_.Add(std::move(item), std::string(key.Text()));
+  } else {
+    items.items_.Add(std::move(item));
+  }
+}
+
 }  // namespace zephyr

@@ -78,6 +78,12 @@ class Collection {
     return entries_[static_cast<size_t>(position - 1)].element;
   }
 
+  // The key of the element at a 1-based position, raising subscript out of range.
+  const CollectionKey& KeyAt(int32_t position) const {
+    At(position);  // range check
+    return entries_[static_cast<size_t>(position - 1)].key;
+  }
+
   // The element under a key, raising invalid argument when there is none.
   const Pointer& ByKey(const std::string& key) const {
     if (const Entry* entry = FindEntry(key)) return entry->element;

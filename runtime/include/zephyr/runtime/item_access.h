@@ -36,6 +36,10 @@ struct ItemAccess {
                                                                      int32_t position);
   static void PutAt(PopupItems& items, int32_t position, std::shared_ptr<PopupItem> item,
                     CollectionKey key);
+  // The key the item at a position was added under.
+  static const CollectionKey& KeyAt(const PopupItems& items, int32_t position);
+  // Appends an item under a key, or none.
+  static void Append(PopupItems& items, std::shared_ptr<PopupItem> item, const CollectionKey& key);
 };
 
 }  // namespace zephyr
