@@ -38,6 +38,35 @@ DataGridModel::~DataGridModel() = default;
 
 void DataGridModel::Load(std::shared_ptr<PopupClass> popup) {
   beginResetModel();
+  Reset(std::move(popup));
+  all_unsorted_ = true;
+  title_ = NewNode(0, nullptr);
+  AddItems(*title_, *popup_->PopupItems());
+  endResetModel();
+}
+
+void DataGridModel::LoadLayout(std::shared_ptr<PopupClass> popup, const BranchLayout& layout) {
+  beginResetModel();
+  Reset(std::move(popup));
+  std::vector<GridNode*> path;
+  for (const BranchLayout::Row& laid : layout.rows) {
+    path.resize(static_cast<size_t>(laid.depth));
+    GridNode* added = NewNode(laid.identity, path.empty() ? nullptr : path.back());
+    if (laid.rekeyed) rekeyed_.insert(laid.identity);
+    if (laid.unsorted) unsorted_.insert(laid.identity);
+    if (path.empty()) {
+      title_ = added;
+    } else {
+      auto& siblings = MutableChildren(*path.back());
+      added->row = static_cast<int>(siblings.size());
+      siblings.push_back(added);
+    }
+    path.push_back(added);
+  }
+  endResetModel();
+}
+
+void DataGridModel::Reset(std::shared_ptr<PopupClass> popup) {
   popup_ = std::move(popup);
   title_text_ = ToQString(popup_->Title());
   headings_.clear();
@@ -45,12 +74,10 @@ void DataGridModel::Load(std::shared_ptr<PopupClass> popup) {
   nodes_->Clear();
   rekeyed_.clear();
   unsorted_.clear();
-  all_unsorted_ = true;
+  all_unsorted_ = false;
   pool_.clear();
   free_.clear();
-  title_ = NewNode(0, nullptr);
-  AddItems(*title_, *popup_->PopupItems());
-  endResetModel();
+  title_ = nullptr;
 }
 
 void DataGridModel::AddItems(GridNode& parent, PopupItems& items) {
@@ -325,10 +352,18 @@ void DataGridModel::SwapRows(const QModelIndex& first, const QModelIndex& second
 }
 
 BranchLayout DataGridModel::LayoutOf(const QModelIndex& index) const {
-  BranchLayout layout;
   GridNode* top = NodeOf(index);
-  if (!top || top->identity == 0) return layout;
-  std::vector<std::pair<const GridNode*, int>> pending{{top, 0}};
+  if (!top || top->identity == 0) return {};
+  return LayoutFrom(*top);
+}
+
+BranchLayout DataGridModel::WholeLayout() const {
+  return title_ ? LayoutFrom(*title_) : BranchLayout{};
+}
+
+BranchLayout DataGridModel::LayoutFrom(const GridNode& top) const {
+  BranchLayout layout;
+  std::vector<std::pair<const GridNode*, int>> pending{{&top, 0}};
   while (!pending.empty()) {
     auto [node, depth] = pending.back();
     pending.pop_back();

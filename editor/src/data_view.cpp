@@ -81,11 +81,8 @@ void EditorState::ConnectDataView() {
 
 void EditorState::LoadDataGrid() {
   DebugLog(kEditModule, "LoadDataGrid", "Start");
-  // Opening fills the outline up to three times over an unchanged popup; the
-  // first fill stands for the others.
-  if (!(Opening && filled_while_opening)) {
+  if (outline_stale) {
     printed_outline.reset();
-    ClearHistory();
     grid->Load(popup);
     SortTree();
     // Expanding the parents one by one keeps the view's bookkeeping to the
@@ -94,11 +91,28 @@ void EditorState::LoadDataGrid() {
     for (int column = 0; column < grid->columnCount(); ++column) {
       DataGrid->resizeColumnToContents(column);
     }
-    filled_while_opening = Opening;
+    outline_stale = false;
   }
   DataGrid->setCurrentIndex(grid->TitleIndex());
   RebuildAddButtons();
   EnableDisable();
+}
+
+void EditorState::ShowOutline(const BranchLayout& layout, const std::vector<int32_t>& expanded) {
+  if (layout.rows.empty()) {
+    outline_stale = true;
+    if (DataMode) LoadDataGrid();
+    return;
+  }
+  printed_outline.reset();
+  grid->LoadLayout(popup, layout);
+  outline_stale = false;
+  Expand(expanded);
+  if (DataMode) {
+    DataGrid->setCurrentIndex(grid->TitleIndex());
+    RebuildAddButtons();
+    EnableDisable();
+  }
 }
 
 SortRecord EditorState::SortTree() {

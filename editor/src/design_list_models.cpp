@@ -82,11 +82,13 @@ bool LevelListModel::setData(const QModelIndex& index, const QVariant& value, in
   return true;
 }
 
-void FieldListModel::Reset(List fields) {
+void FieldListModel::Reset(List fields, std::vector<std::string> length_texts) {
   beginResetModel();
   fields_ = std::move(fields);
-  length_texts_.clear();
-  for (const auto& field : fields_) length_texts_.push_back(std::to_string(field->FieldLength()));
+  length_texts_ = std::move(length_texts);
+  for (size_t row = length_texts_.size(); row < fields_.size(); ++row) {
+    length_texts_.push_back(std::to_string(fields_[row]->FieldLength()));
+  }
   endResetModel();
 }
 

@@ -27,6 +27,25 @@ int CurrentGridRow(const QTableView* view) {
   return current.isValid() ? current.row() + 1 : 0;
 }
 
+// A design action under way: the changes it makes to the working lists are
+// recorded once, as one command named `text`, when it ends.
+class DesignAction {
+ public:
+  DesignAction(EditorState& state, QString text)
+      : state_(state), text_(std::move(text)), outer_(std::exchange(state.in_design_action, true)) {}
+  ~DesignAction() {
+    state_.in_design_action = outer_;
+    if (!outer_) state_.Guarded([this]() { state_.RecordDraft(text_); });
+  }
+  DesignAction(const DesignAction&) = delete;
+  DesignAction& operator=(const DesignAction&) = delete;
+
+ private:
+  EditorState& state_;
+  QString text_;
+  bool outer_;
+};
+
 void MakeCurrent(QTableView* view, int grid_row) {
   QModelIndex cell = view->model()->index(grid_row - 1, 0);
   view->setCurrentIndex(cell);
@@ -69,13 +88,9 @@ void EditorState::ConnectDesignView() {
     cmdUp->setEnabled(false);
     cmdDown->setEnabled(false);
   });
-  // Every change of the working lists is unsaved work; a reload is none.
-  for (QAbstractItemModel* list :
-       {static_cast<QAbstractItemModel*>(LevelList), static_cast<QAbstractItemModel*>(FieldList)}) {
-    On(list, &QAbstractItemModel::rowsInserted, [this]() { SetModified(true); });
-    On(list, &QAbstractItemModel::rowsRemoved, [this]() { SetModified(true); });
-    On(list, &QAbstractItemModel::dataChanged, [this]() { SetModified(true); });
-  }
+  // A cell typed into the working lists is one command; a reload is none.
+  On(LevelList, &QAbstractItemModel::dataChanged, [this]() { RecordDraft("Edit Level"); });
+  On(FieldList, &QAbstractItemModel::dataChanged, [this]() { RecordDraft("Edit Field"); });
 
   cboStep->installEventFilter(this);
   if (cboStep->lineEdit()) cboStep->lineEdit()->installEventFilter(this);
@@ -140,6 +155,7 @@ void EditorState::LoadTemplateData() {
   FieldList->Reset(std::move(fields));
   FieldsChanged = false;
   LevelsChanged = false;
+  recorded_design = CaptureDraft();
   DebugLog(kTemplateDataModule, "LoadTemplateData", "End");
 }
 
@@ -168,11 +184,75 @@ void EditorState::TitleChanged() {
     txtTitle->setFocus();
     return;
   }
-  if (!Loading) Edited();
+  if (!Loading) SetDataChanged(true);
   popup->Title(ToUtf8(text));
+  RecordDraft("Change Title", true);
+}
+
+ShownDesign EditorState::CaptureDraft() const {
+  ShownDesign captured;
+  captured.title = popup->Title();
+  for (const auto& level : LevelList->Levels()) {
+    captured.levels.push_back({level->IntialIndex(), level->Question()});
+  }
+  int row = 0;
+  for (const auto& field : FieldList->Fields()) {
+    captured.fields.push_back({field->InitialIndex(), field->Name(), field->FieldLength(),
+                               FieldList->LengthText(row++), field->StartCharPos()});
+  }
+  captured.levels_changed = LevelsChanged;
+  captured.fields_changed = FieldsChanged;
+  return captured;
+}
+
+void EditorState::ShowDraft(const ShownDesign& shown) {
+  bool was_loading = std::exchange(Loading, true);
+  auto popup_levels = popup->PopupLevels();
+  LevelListModel::List levels;
+  for (const ShownDesign::Level& row : shown.levels) {
+    bool known = row.initial_index >= 1 && row.initial_index <= popup_levels->Count();
+    auto level = known ? popup_levels->Item(int32_t{row.initial_index})
+                       : std::make_shared<PopupLevel>();
+    level->Question(row.question);
+    level->IntialIndex(row.initial_index);
+    levels.push_back(std::move(level));
+  }
+  // The popup's field 1 is the key, which the list never shows.
+  auto popup_fields = popup->PopupFields();
+  FieldListModel::List fields;
+  std::vector<std::string> lengths;
+  for (const ShownDesign::Field& row : shown.fields) {
+    bool known = row.initial_index >= 1 && row.initial_index + 1 <= popup_fields->Count();
+    auto field = known ? popup_fields->Item(int32_t{row.initial_index + 1})
+                       : std::make_shared<PopupField>();
+    field->Name(row.name);
+    field->FieldLength(row.length);
+    field->StartCharPos(row.start_char_pos);
+    field->InitialIndex(row.initial_index);
+    fields.push_back(std::move(field));
+    lengths.push_back(row.length_text);
+  }
+  LevelList->Reset(std::move(levels));
+  FieldList->Reset(std::move(fields), std::move(lengths));
+  LevelsChanged = shown.levels_changed;
+  FieldsChanged = shown.fields_changed;
+  popup->Title(shown.title);
+  FillDesignGrids();
+  Loading = was_loading;
+  recorded_design = shown;
+  SizeFieldColumns();
+}
+
+void EditorState::RecordDraft(const QString& text, bool title_typing) {
+  if (Loading || in_design_action) return;
+  ShownDesign now = CaptureDraft();
+  if (now == recorded_design) return;
+  ShownDesign before = std::exchange(recorded_design, now);
+  Record(new DraftCommand(*this, text, std::move(before), std::move(now), title_typing));
 }
 
 void EditorState::AddLevelRow() {
+  DesignAction action(*this, QStringLiteral("Add Level"));
   LevelList->AppendNew();
   int grid_row = LevelList->rowCount();
   MakeCurrent(grdLevels, grid_row);
@@ -184,6 +264,7 @@ void EditorState::AddLevelRow() {
 }
 
 void EditorState::AddFieldRow() {
+  DesignAction action(*this, QStringLiteral("Add Field"));
   FieldList->AppendNew();
   MakeCurrent(grdFields, FieldList->rowCount());
   grdFields->setFocus();
@@ -195,6 +276,7 @@ void EditorState::AddFieldRow() {
 }
 
 void EditorState::DeleteLevelRow() {
+  DesignAction action(*this, QStringLiteral("Delete Level"));
   int grid_row = CurrentGridRow(grdLevels);
   if (grid_row < 1) return;
   std::string question =
@@ -217,6 +299,7 @@ void EditorState::DeleteLevelRow() {
 }
 
 void EditorState::DeleteFieldRow() {
+  DesignAction action(*this, QStringLiteral("Delete Field"));
   int grid_row = CurrentGridRow(grdFields);
   if (grid_row < 1) return;
   std::string name = FieldList->Fields()[static_cast<size_t>(grid_row - 1)]->Name();
@@ -238,6 +321,7 @@ void EditorState::DeleteFieldRow() {
 }
 
 void EditorState::MoveField(int step) {
+  DesignAction action(*this, step < 0 ? QStringLiteral("Move Field Up") : QStringLiteral("Move Field Down"));
   int grid_row = CurrentGridRow(grdFields);
   int target = grid_row + step;
   if (grid_row < 1 || target < 1 || target > FieldList->rowCount()) return;

@@ -147,8 +147,10 @@ bool EditorState::SaveData() {
   popup->SavePopup();
   for (int32_t identity : grid->IdentitiesInGridOrder()) {
     popup->SetSelectedItem(std::to_string(identity));
-    // A row whose item went with a deleted level has nothing to write.
-    if (auto item = popup->SelectedItem()) popup->WritePopupRecord(item);
+    // A row whose item went with a deleted level has nothing to write (the
+    // history may keep the item itself alive).
+    auto item = popup->SelectedItem();
+    if (item && item->Level() <= popup->Levels()) popup->WritePopupRecord(item);
   }
   popup->SaveClose();
   ResizeControls();
@@ -157,14 +159,27 @@ bool EditorState::SaveData() {
 
 void EditorState::SaveDesign() {
   DebugLog(kEditModule, "SaveDesign", "Start");
+  const bool changes_items = FieldsChanged || LevelsChanged;
   // The items are about to change under an outline the design view hides:
   // what it showed stays what it prints.
-  if (!DataMode && (FieldsChanged || LevelsChanged) && !printed_outline) {
-    printed_outline = ShownOutline();
+  if (!DataMode && changes_items && !printed_outline) printed_outline = ShownOutline();
+  if (!changes_items) {
+    LoadTemplateData();
+    return;
   }
+  // What the change replaces, for its undo: the design as edited, the items
+  // and the outline that shows them.
+  ShownDesign edited = CaptureDraft();
+  DesignState before = DesignState::Capture(*popup);
+  BranchLayout outline = outline_stale ? BranchLayout{} : grid->WholeLayout();
+  std::vector<int32_t> expanded = ExpandedIn(outline);
   if (FieldsChanged) ChangeFields();
   if (LevelsChanged) ChangeLevels();
   LoadTemplateData();
+  outline_stale = true;
+  Record(new ApplyDesignCommand(*this, std::move(edited), std::move(before),
+                                DesignState::Capture(*popup), std::move(outline),
+                                std::move(expanded)));
 }
 
 void EditorState::ChangeLevels() {

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "design_commands.h"
+#include "editor_command.h"
 #include "outline_printer.h"
 #include "outline_view.h"
 #include "zephyr/editor/data_grid_model.h"
@@ -46,10 +48,6 @@ inline constexpr const char* kInitializeModule = "PopupControl";
 inline constexpr const char* kTemplateDataModule = "POpupControlEdit";
 inline constexpr const char* kSaveChangesModule = "popupcontrolEdit";
 
-// Tab indices of the tab strip (0-based; the component calls them 1 and 2).
-inline constexpr int kDesignTab = 0;
-inline constexpr int kDataTab = 1;
-
 class EditorState : public QObject {
   Q_OBJECT
 
@@ -76,10 +74,11 @@ class EditorState : public QObject {
   bool IsModified() const;
   // Tells the host when IsModified changed.
   void UpdateModified();
-  // Empties the item history; what it held stays unsaved work.
+  // Empties the history; what it held stays unsaved work.
   void ClearHistory();
-  // A change the user made: both unsaved work and the component's DataChanged.
-  void Edited();
+  // Undoes (or redoes) the next command of the history, showing its view
+  // first; nothing when the view cannot be left.
+  void StepHistory(bool undo);
   MessageAnswer Tell(const std::string& prompt, MessageButtons buttons = MessageButtons::kOk,
                      const std::string& title = {}, MessageIcon icon = MessageIcon::kNone,
                      int default_button = 1);
@@ -97,11 +96,26 @@ class EditorState : public QObject {
   void LevelRowEntered(int row);
   void FieldRowEntered(int row);
   bool LevelEditRefused(const QString& text);
+  // The design view as it stands, and showing one: the rows of the working
+  // lists stand for the popup's levels and fields by their initial index.
+  ShownDesign CaptureDraft() const;
+  void ShowDraft(const ShownDesign& draft);
+  // Records the design view's change since the last record as one command.
+  void RecordDraft(const QString& text, bool title_typing = false);
   bool StepRefused();
 
   // --- data view ---
   void ConnectDataView();
+  // Fills the outline anew when the popup's items changed under it (an
+  // opening, an import, an applied design); otherwise it keeps its rows,
+  // order and expansion, which the history's commands refer to.
   void LoadDataGrid();
+  // Puts back an outline laid out by WholeLayout, with those rows expanded;
+  // an empty layout leaves the outline to be filled anew.
+  void ShowOutline(const BranchLayout& layout, const std::vector<int32_t>& expanded);
+  // Shows a popup that replaced the one shown: its design, and its items
+  // once the outline is filled anew.
+  void PopupReplaced();
   SortRecord SortTree();
   void DataRowChanged();
   void CurrentItemSelected();
@@ -263,8 +277,12 @@ class EditorState : public QObject {
   bool Opening = false;
   bool FieldsChanged = false;
   bool LevelsChanged = false;
-  // The outline was filled during the OpenPopup under way.
-  bool filled_while_opening = false;
+  // The popup's items changed under the outline: it is filled anew when next shown.
+  bool outline_stale = true;
+  // The design view as last recorded, and whether a design action is under
+  // way (it records itself when done).
+  ShownDesign recorded_design;
+  bool in_design_action = false;
   uint32_t EditBackColor = kDefaultEditBackColor;
   // The level and parent the next new item receives.
   int16_t AddLevel = 0;

@@ -102,19 +102,28 @@ void EditorState::ImportFromExcel() {
   imported->SetMessageBox(messages);
   imported->SetProgress(progress);
   if (excel::ExcelImport(*imported, *workbook, ui)) {
-    popup = std::move(imported);
-    copied_identity = 0;
-    LoadTemplateData();
-    if (DataMode) {
-      LoadDataMode();  // refills the outline
-    } else {
-      // The outline is what a save writes, so it is refilled here too.
-      LoadDataGrid();
-      LoadDesignMode();
-    }
-    Edited();
+    BranchLayout outline = outline_stale ? BranchLayout{} : grid->WholeLayout();
+    std::vector<int32_t> expanded = ExpandedIn(outline);
+    std::shared_ptr<PopupClass> replaced = std::exchange(popup, imported);
+    PopupReplaced();
+    SetDataChanged(true);
+    Record(new ImportCommand(*this, std::move(replaced), std::move(imported), std::move(outline),
+                             std::move(expanded)));
   }
   SizeFieldColumns();
+}
+
+void EditorState::PopupReplaced() {
+  copied_identity = 0;
+  outline_stale = true;
+  LoadTemplateData();
+  if (DataMode) {
+    LoadDataMode();  // refills the outline
+  } else {
+    // The outline is what a save writes, so it is refilled here too.
+    LoadDataGrid();
+    LoadDesignMode();
+  }
 }
 
 std::string EditorState::ExportToExcel() {

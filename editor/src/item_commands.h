@@ -5,11 +5,11 @@
 #ifndef ZEPHYR_EDITOR_ITEM_COMMANDS_H_
 #define ZEPHYR_EDITOR_ITEM_COMMANDS_H_
 
-#include <QUndoCommand>
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "editor_command.h"
 #include "zephyr/editor/data_grid_model.h"
 #include "zephyr/runtime/popup_class.h"
 
@@ -18,8 +18,9 @@ namespace zephyr::editor {
 class EditorState;
 
 // The base: the state it works on and the first redo that is skipped.
-class ItemCommand : public QUndoCommand {
+class ItemCommand : public EditorCommand {
  public:
+  int View() const override { return kDataTab; }
   void undo() final;
   void redo() final;
 
@@ -27,7 +28,7 @@ class ItemCommand : public QUndoCommand {
   // `done`: the edit was made before the command was pushed, so the first
   // redo does nothing.
   ItemCommand(EditorState& state, const QString& text, bool done = true)
-      : QUndoCommand(text), state_(state), done_(done) {}
+      : EditorCommand(text), state_(state), done_(done) {}
   virtual void Undo() = 0;
   virtual void Redo() = 0;
   EditorState& state_;

@@ -283,9 +283,26 @@ void EditorState::ClearHistory() {
   UpdateModified();
 }
 
-void EditorState::Edited() {
-  SetModified(true);
-  SetDataChanged(true);
+void EditorState::StepHistory(bool undo) {
+  const int index = undo_stack->index();
+  const int count = undo_stack->count();
+  const auto* next = static_cast<const EditorCommand*>(undo_stack->command(undo ? index - 1 : index));
+  if (!next) return;
+  int view = next->View();
+  if (view != kAnyView && view != tbsZephyrPopup->currentIndex()) {
+    tbsZephyrPopup->SelectTab(view);
+    // A refused switch changes nothing; one that applied the design made a
+    // new command, which the user sees before anything is undone.
+    if (tbsZephyrPopup->currentIndex() != view || undo_stack->index() != index ||
+        undo_stack->count() != count) {
+      return;
+    }
+  }
+  if (undo) {
+    undo_stack->undo();
+  } else {
+    undo_stack->redo();
+  }
 }
 
 void EditorState::ReportError(const std::exception& error) {
@@ -328,7 +345,7 @@ void EditorState::OpenPopup(const std::string& path, const std::string& file) {
   if (!source_file.empty()) opened->OpenPopup();
 
   Opening = true;
-  filled_while_opening = false;
+  outline_stale = true;
   struct OpeningDone {
     bool& flag;
     ~OpeningDone() { flag = false; }
@@ -357,8 +374,6 @@ void EditorState::LoadDesignMode() {
   emit q->BeforeDesignMode();
   Loading = true;
   DataMode = false;
-  // The item edits are the data view's: the design view may change the items.
-  ClearHistory();
   FillDesignGrids();
   // One view at a time: both shown at once would make the window as tall as both.
   FraDataMode->setVisible(false);
@@ -613,15 +628,13 @@ QUndoStack* PopupControlEdit::UndoStack() const {
 }
 
 void PopupControlEdit::undo() {
-  if (!state_->DataMode) return;
   // An edit that cannot be undone ends the history: what it would restore is
   // no longer known.
-  if (!state_->Guarded([this]() { state_->undo_stack->undo(); })) state_->ClearHistory();
+  if (!state_->Guarded([this]() { state_->StepHistory(true); })) state_->ClearHistory();
 }
 
 void PopupControlEdit::redo() {
-  if (!state_->DataMode) return;
-  if (!state_->Guarded([this]() { state_->undo_stack->redo(); })) state_->ClearHistory();
+  if (!state_->Guarded([this]() { state_->StepHistory(false); })) state_->ClearHistory();
 }
 
 void PopupControlEdit::ReportError(const std::exception& error) {

@@ -69,6 +69,7 @@ class ExchangeButtonsTest : public QObject, zephyr::testing::EditorFixture {
     zephyr::testing::WriteBytes(dir->File("sheet.csv"),
                                 "Key,Group,Item,Note\n,Fruit,Apples,a\n,Fruit,Pears,p\n"
                                 ",Bakery,Bread,b\n");
+    const auto products = editor->Popup();
     dialog->answers = {dir->File("sheet.csv")};
     zephyr::testing::WhenModal([](QWidget* levels) {
       QCOMPARE(levels->objectName(), QString("frmLevels"));
@@ -87,6 +88,12 @@ class ExchangeButtonsTest : public QObject, zephyr::testing::EditorFixture {
     const QStringList imported = Describe(*editor->Popup()->PopupItems());
     QCOMPARE(imported.size(), 5);
     QVERIFY(imported.contains("  10=Fruit") && imported.contains("1020=Pears"));
+    // The import is one command: undone, the popup it replaced is back.
+    const auto made = editor->Popup();
+    editor->undo();
+    QVERIFY(editor->Popup() == products);
+    editor->redo();
+    QVERIFY(editor->Popup() == made);
 
     // Saved without visiting the data view, every imported item is written.
     editor->SaveChanges(false);

@@ -17,6 +17,7 @@
 #include <QTableView>
 #include <QTest>
 #include <QToolButton>
+#include <QUndoStack>
 #include <QTreeView>
 
 #include "editor_fixture.h"
@@ -130,6 +131,58 @@ class PopupControlEditTest : public QObject, zephyr::testing::EditorFixture {
     QCOMPARE(fruit->PopupValues()->Item(zephyr::Variant(1))->Value(), std::string("f"));
     QCOMPARE(fruit->PopupValues()->Item(zephyr::Variant(2))->Value(), std::string("Fruit"));
     QCOMPARE(Outline(), QStringList({"Products", "10", "20"}));
+  }
+
+  // The history spans both views: a design applied to the items undoes back
+  // to the edits it applied, shown in the design view, and every undo ends
+  // where the popup was opened; redoing ends where the edits left it.
+  void designChangesUndoAndRedoAcrossViews() {
+    OpenProducts();
+    auto save = [&](const std::string& name) {
+      dialog->answers = {dir->File(name + ".zpt")};
+      if (!editor->SaveChanges(true)) return std::string("not saved");
+      return zephyr::testing::ReadBytes(dir->File(name + ".ZPD")) +
+             zephyr::testing::ReadBytes(dir->File(name + ".ZPT"));
+    };
+    const std::string opened = save("Opened");
+    Grid()->setCurrentIndex(Row({"20", "10"}));
+    messages->answers = {MessageAnswer::kYes};
+    QTest::keyClick(Grid(), Qt::Key_Delete);
+    ClickTab(0);
+    SelectRow("grdFields", 2);
+    QTest::mouseClick(Child<QToolButton>("cmdUp"), Qt::LeftButton);
+    messages->answers = {MessageAnswer::kYes};
+    SelectRow("grdLevels", 2);
+    QTest::mouseClick(Child<QPushButton>("cmdDeleteLevels"), Qt::LeftButton);
+    QTest::keyClicks(Child<QLineEdit>("txtTitle"), " Shop");
+    ClickTab(1);
+    const std::string edited = save("Edited");
+    QUndoStack* stack = editor->UndoStack();
+    QCOMPARE(stack->undoText(), QString("Apply Design"));
+
+    editor->undo();
+    QCOMPARE(Tabs()->currentIndex(), 0);
+    QCOMPARE(editor->Popup()->Levels(), int16_t{2});
+    QCOMPARE(Child<QTableView>("grdLevels")->model()->rowCount(), 1);  // still edited
+    QCOMPARE(stack->undoText(), QString("Change Title"));
+    editor->undo();
+    QCOMPARE(Child<QLineEdit>("txtTitle")->text(), QString("Products"));
+    editor->undo();
+    QCOMPARE(Child<QTableView>("grdLevels")->model()->rowCount(), 2);
+    editor->undo();
+    QCOMPARE(Child<QTableView>("grdFields")->model()->index(0, 0).data().toString(),
+             QString("Name"));
+    editor->undo();
+    QCOMPARE(Tabs()->currentIndex(), 1);
+    QVERIFY(Row({"20", "10"}).isValid());
+    QVERIFY(!stack->canUndo());
+    QCOMPARE(save("Undone"), opened);
+
+    while (stack->canRedo()) editor->redo();
+    QCOMPARE(Tabs()->currentIndex(), 0);
+    QCOMPARE(save("Redone"), edited);
+    ClickTab(1);
+    QCOMPARE(Outline(), QStringList({"Products Shop", "10", "20"}));
   }
 
   // The rows' order in the saved table is data_view_test's business.

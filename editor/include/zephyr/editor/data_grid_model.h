@@ -72,6 +72,11 @@ class DataGridModel : public QAbstractItemModel {
   // Rebuilds the outline from the popup: headings from its fields, the title
   // row, then every item depth first in collection order. No sorting.
   void Load(std::shared_ptr<PopupClass> popup);
+  // Rebuilds the outline from the popup as WholeLayout laid it out: the same
+  // rows in the same order, with their marks. Every item in it must exist.
+  void LoadLayout(std::shared_ptr<PopupClass> popup, const BranchLayout& layout);
+  // The whole outline, the title row first.
+  BranchLayout WholeLayout() const;
   // Orders the children of every node by the text of column 0. Only the
   // nodes whose children an edit may have put out of order since the last
   // sort are visited (all of them after a Load): the result is the same.
@@ -151,6 +156,9 @@ class DataGridModel : public QAbstractItemModel {
   void AddItems(GridNode& parent, PopupItems& items);
   // Sorts a node's children, recording their order before when it changed.
   void SortNode(GridNode& node, SortRecord& record);
+  // Forgets the rows and takes the popup's title and headings.
+  void Reset(std::shared_ptr<PopupClass> popup);
+  BranchLayout LayoutFrom(const GridNode& top) const;
   // Runs a reordering of rows and moves every persistent index with its row.
   void KeepingPersistentIndexes(const std::function<void()>& reorder);
   // A node from the pool, registered under its identity.

@@ -61,7 +61,9 @@ class FieldListModel : public QAbstractTableModel {
 
   explicit FieldListModel(QObject* parent = nullptr) : QAbstractTableModel(parent) {}
 
-  void Reset(List fields);
+  // Shows the fields, each length cell with the given text (the length as a
+  // number when none is given).
+  void Reset(List fields, std::vector<std::string> length_texts = {});
   const List& Fields() const { return fields_; }
   // The length cell's text of a row.
   const std::string& LengthText(int row) const { return length_texts_[static_cast<size_t>(row)]; }
