@@ -13,7 +13,7 @@
 
 #include "helpers/literal_scans.h"
 #include "zephyr/excel/excel_import.h"
-#include "zephyr/excel/sheet_scans.h"
+#include "sheet_scans.h"
 #include "zephyr/excel/workbook.h"
 
 namespace zephyr::bench {

@@ -12,5 +12,7 @@ add_library(zephyr_excel
   ${CMAKE_CURRENT_SOURCE_DIR}/src/sheet_rules.cpp
   ${CMAKE_CURRENT_SOURCE_DIR}/src/sheet_scans.cpp
 )
-target_include_directories(zephyr_excel PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include)
+target_include_directories(zephyr_excel PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include
+  # The runtime's internal item access, which building items from a sheet needs.
+  PRIVATE ${PROJECT_SOURCE_DIR}/runtime/src)
 target_link_libraries(zephyr_excel PUBLIC zephyr_runtime zephyr_workbook PRIVATE PkgConfig::XLSXWRITER)

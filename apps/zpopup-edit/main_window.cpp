@@ -15,12 +15,14 @@
 #include <cstdio>
 
 #include "popup_name.h"
-#include "zephyr/editor/design_list_models.h"
 #include "zephyr/support/errors.h"
 
 namespace zephyr::apps {
 
-using editor::ToQString;
+// The library's text is UTF-8.
+QString ToQString(const std::string& text) {
+  return QString::fromStdString(text);
+}
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "zephyr/editor/data_grid_model.h"
+#include "data_grid_model.h"
 
 #include <QMimeData>
 #include <algorithm>
@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "node_index.h"
-#include "zephyr/editor/design_list_models.h"
+#include "design_list_models.h"
 #include "zephyr/runtime/popup_key.h"
 
 namespace zephyr::editor {

@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "editor_command.h"
-#include "zephyr/editor/data_grid_model.h"
+#include "data_grid_model.h"
 #include "zephyr/runtime/design_state.h"
 #include "zephyr/support/variant.h"
 

@@ -1,4 +1,4 @@
-#include "zephyr/editor/design_list_models.h"
+#include "design_list_models.h"
 
 #include <cmath>
 #include <cstdlib>

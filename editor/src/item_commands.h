@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "editor_command.h"
-#include "zephyr/editor/data_grid_model.h"
+#include "data_grid_model.h"
 #include "zephyr/runtime/popup_class.h"
 
 namespace zephyr::editor {

@@ -5,7 +5,6 @@
 
 #include "editor_state.h"
 #include "item_commands.h"
-#include "zephyr/runtime/item_access.h"
 #include "zephyr/runtime/popup_key.h"
 #include "zephyr/support/debug_log.h"
 #include "zephyr/support/text.h"
@@ -212,12 +211,7 @@ void EditorState::CloneNewItem(const std::shared_ptr<PopupItem>& target,
                                const std::shared_ptr<PopupItem>& source) {
   DebugLog(kEditModule, "CloneNewItem", "Start");
   std::string pattern(2 * static_cast<size_t>(popup->Levels()), ' ');
-  ItemAccess::SetLevel(*target, source->Level());
-  target->PopupKey(source->PopupKey());
-  ItemAccess::SetLoadedKey(*target, ItemAccess::LoadedKey(*source));
-  auto values = target->PopupValues();
-  while (values->Count() > 0) values->Remove(Variant(values->Count()));
-  for (const auto& value : *source->PopupValues()) values->Add(value->Value());
+  CopyItemData(*target, *source);
   std::string path = RemoveBlanks(target->PopupKey());
   pattern.replace(0, std::min(path.size(), pattern.size()), path.substr(0, pattern.size()));
   if (!source->HasChildren()) return;

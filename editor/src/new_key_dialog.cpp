@@ -5,7 +5,7 @@
 #include <QPushButton>
 
 #include "prompt_dialog.h"
-#include "zephyr/editor/design_list_models.h"
+#include "design_list_models.h"
 #include "zephyr/support/debug_log.h"
 #include "zephyr/support/text.h"
 #include "zephyr/support/variant.h"

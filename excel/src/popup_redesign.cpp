@@ -5,7 +5,7 @@
 #include <functional>
 
 #include "sheet_rules.h"
-#include "zephyr/runtime/item_access.h"
+#include "item_access.h"
 #include "zephyr/runtime/popup_key.h"
 #include "zephyr/support/codepage.h"
 #include "zephyr/support/text.h"

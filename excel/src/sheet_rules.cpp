@@ -1,6 +1,6 @@
 #include "sheet_rules.h"
 
-#include "zephyr/excel/sheet_scans.h"
+#include "sheet_scans.h"
 #include "zephyr/support/codepage.h"
 #include "zephyr/support/debug_log.h"
 #include "zephyr/support/text.h"

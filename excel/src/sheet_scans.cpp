@@ -1,4 +1,4 @@
-#include "zephyr/excel/sheet_scans.h"
+#include "sheet_scans.h"
 
 #include <string>
 #include <unordered_map>

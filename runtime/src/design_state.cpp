@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "zephyr/runtime/item_access.h"
+#include "item_access.h"
 #include "zephyr/runtime/popup_fields.h"
 #include "zephyr/runtime/popup_levels.h"
 #include "zephyr/runtime/popup_values.h"

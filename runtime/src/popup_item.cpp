@@ -7,7 +7,7 @@
 
 #include "item_arena.h"
 #include "loaded_table.h"
-#include "zephyr/runtime/item_access.h"
+#include "item_access.h"
 #include "zephyr/runtime/popup_items.h"
 #include "zephyr/support/text.h"
 

@@ -4,7 +4,7 @@
 #include <unistd.h>
 
 #include "log_module.h"
-#include "zephyr/runtime/item_access.h"
+#include "item_access.h"
 #include "zephyr/runtime/popup_class.h"
 #include "zephyr/support/debug_log.h"
 #include "zephyr/support/errors.h"

@@ -1,7 +1,7 @@
 // Adding, removing and moving items with their parent, level and key kept right.
 #include <functional>
 
-#include "zephyr/runtime/item_access.h"
+#include "item_access.h"
 #include "zephyr/runtime/popup_class.h"
 #include "zephyr/runtime/popup_key.h"
 
@@ -104,6 +104,15 @@ void PopupClass::AppendBranch(const std::shared_ptr<PopupItem>& item,
   });
   ItemAccess::PutAt(*siblings, siblings->Count() + 1, item, CollectionKey(key));
   item->Parent(parent);
+}
+
+void CopyItemData(PopupItem& target, PopupItem& source) {
+  ItemAccess::SetLevel(target, source.Level());
+  target.PopupKey(source.PopupKey());
+  ItemAccess::SetLoadedKey(target, ItemAccess::LoadedKey(source));
+  auto values = target.PopupValues();
+  while (values->Count() > 0) values->Remove(Variant(values->Count()));
+  for (const auto& value : *source.PopupValues()) values->Add(value->Value());
 }
 
 }  // namespace zephyr

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "item_arena.h"
-#include "zephyr/runtime/item_access.h"
+#include "item_access.h"
 #include "zephyr/runtime/popup_key.h"
 #include "zephyr/support/errors.h"
 #include "zephyr/support/text.h"

@@ -15,7 +15,7 @@
 #include <random>
 
 #include "editor_fixture.h"
-#include "zephyr/editor/data_grid_model.h"
+#include "data_grid_model.h"
 #include "zephyr/editor/new_key_dialog.h"
 #include "zephyr/table/dbase.h"
 

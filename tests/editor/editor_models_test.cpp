@@ -1,8 +1,8 @@
 #include <QAbstractItemModelTester>
 #include <QtTest>
 
-#include "zephyr/editor/data_grid_model.h"
-#include "zephyr/editor/design_list_models.h"
+#include "data_grid_model.h"
+#include "design_list_models.h"
 
 namespace zephyr::editor {
 

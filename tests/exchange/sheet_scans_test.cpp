@@ -1,6 +1,6 @@
 // The hashing scans name the same rows as the literal comparisons of every
 // row with every other row, on random sheets full of repeats.
-#include "zephyr/excel/sheet_scans.h"
+#include "sheet_scans.h"
 
 #include <gtest/gtest.h>
 

@@ -46,6 +46,12 @@ build_host() {  # build_host NAME: configures and builds examples/NAME
 }
 
 quiet "$cmake" --install "$build_dir" --prefix "$prefix"
+# Every installed header stands on the installed headers alone, and the
+# library's internals are not among them.
+for internal in runtime/item_access.h excel/sheet_scans.h editor/data_grid_model.h \
+  editor/design_list_models.h; do
+  [ ! -e "$prefix/include/zephyr/$internal" ] || { echo "FAIL: installed $internal"; exit 1; }
+done
 # Opening may leave lock or work files beside the popup; keep them out of the tree.
 mkdir "$work/popups"
 cp "$source_dir"/examples/Products.Z* "$work/popups/"

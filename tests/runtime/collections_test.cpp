@@ -2,7 +2,7 @@
 
 
 #include "helpers/error_number.h"
-#include "zephyr/runtime/item_access.h"
+#include "item_access.h"
 #include "zephyr/runtime/popup_fields.h"
 #include "zephyr/runtime/popup_items.h"
 #include "zephyr/runtime/popup_levels.h"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "zephyr/runtime/item_access.h"
+#include "item_access.h"
 #include "zephyr/runtime/popup_class.h"
 
 namespace zephyr {

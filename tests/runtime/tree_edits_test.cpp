@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "helpers/error_number.h"
-#include "zephyr/runtime/item_access.h"
+#include "item_access.h"
 #include "zephyr/runtime/popup_class.h"
 
 namespace zephyr {

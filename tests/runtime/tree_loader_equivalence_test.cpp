@@ -11,7 +11,7 @@
 #include "helpers/popup_files.h"
 #include "helpers/recorders.h"
 #include "helpers/temp_dir.h"
-#include "zephyr/runtime/item_access.h"
+#include "item_access.h"
 #include "zephyr/runtime/popup_class.h"
 
 namespace zephyr {

@@ -232,6 +232,10 @@ void FormatKeysToLevels(PopupItems& items, int levels);
 // map[k - 1], or empty when map[k - 1] is 0 (a new field).
 void ReorderValues(PopupItems& items, const std::vector<int16_t>& map);
 
+// Makes `target` a copy of `source` without its children: its level, key,
+// the key it was loaded under, and its values.
+void CopyItemData(PopupItem& target, PopupItem& source);
+
 // Saves the whole popup with the usual sequence: WriteTemplate, SavePopup,
 // one WritePopupRecord per item in tree order (each item before its
 // children), SaveClose.
