@@ -46,8 +46,7 @@ build_host() {  # build_host NAME: configures and builds examples/NAME
 }
 
 quiet "$cmake" --install "$build_dir" --prefix "$prefix"
-# Every installed header stands on the installed headers alone, and the
-# library's internals are not among them.
+# The library's internals are not installed.
 for internal in runtime/item_access.h excel/sheet_scans.h editor/data_grid_model.h \
   editor/design_list_models.h; do
   [ ! -e "$prefix/include/zephyr/$internal" ] || { echo "FAIL: installed $internal"; exit 1; }
