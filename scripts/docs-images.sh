@@ -14,6 +14,7 @@ popup=examples/Products
 "$edit" --screenshot "$out/editor-add.png" --select 201020 "$popup"
 "$edit" --screenshot "$out/editor-find.png" --find milk "$popup"
 "$edit" --screenshot "$out/editor-move.png" --select 101020 --menu "$popup"
+"$edit" --screenshot "$out/editor-undo.png" --select 101020 --delete --edit-menu "$popup"
 
 pdf=$(mktemp --suffix=.pdf)
 trap 'rm -f "$pdf"' EXIT

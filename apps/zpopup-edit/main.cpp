@@ -1,10 +1,12 @@
 // zpopup-edit [POPUP]: edits a popup in a desktop window.
 // zpopup-edit --screenshot OUT.png [--view design|data] [--select KEY]
-// [--find TEXT] [--menu] POPUP: renders the window offscreen to a PNG and exits.
+// [--find TEXT] [--menu] [--delete] [--edit-menu] POPUP: renders the window
+// offscreen to a PNG and exits.
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QEventLoop>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QMenu>
 #include <QPainter>
 #include <QPixmap>
@@ -24,6 +26,10 @@ struct ScreenshotScene {
   QString find;
   // Open the item menu over the current row.
   bool item_menu = false;
+  // Delete the selected item first.
+  bool delete_item = false;
+  // Open the Edit menu under the menu bar.
+  bool edit_menu = false;
 };
 
 // Makes the outline row of the item with this key current.
@@ -54,6 +60,7 @@ int Screenshot(zephyr::apps::MainWindow& window, const QString& out, const Scree
     std::fprintf(stderr, "zpopup-edit: no item has the key %s\n", qPrintable(scene.select));
     return 2;
   }
+  if (scene.delete_item) editor->DeleteCurrentItem();
   if (!scene.find.isEmpty()) {
     editor->FocusFind();
     editor->findChild<QLineEdit*>(QStringLiteral("txtFind"))->setText(scene.find);
@@ -63,17 +70,25 @@ int Screenshot(zephyr::apps::MainWindow& window, const QString& out, const Scree
   QTimer::singleShot(400, &settle, &QEventLoop::quit);
   settle.exec();
   QPixmap shot = window.grab();
-  if (scene.item_menu) {
-    // A menu is a window of its own: it is drawn onto the picture where it opened.
-    auto* outline = editor->findChild<QTreeView*>(QStringLiteral("DataGrid"));
-    auto* menu = editor->findChild<QMenu*>(QStringLiteral("mnuPopupAction"));
-    QRect row = outline->visualRect(outline->currentIndex());
-    menu->popup(outline->viewport()->mapToGlobal(row.center()));
+  // A menu is a window of its own: it is drawn onto the picture where it opened.
+  auto draw_menu = [&](QMenu* menu, QPoint at) {
+    menu->popup(at);
     QEventLoop shown;
     QTimer::singleShot(200, &shown, &QEventLoop::quit);
     shown.exec();
     QPainter painter(&shot);
     painter.drawPixmap(window.mapFromGlobal(menu->pos()), menu->grab());
+  };
+  if (scene.item_menu) {
+    auto* outline = editor->findChild<QTreeView*>(QStringLiteral("DataGrid"));
+    QRect row = outline->visualRect(outline->currentIndex());
+    draw_menu(editor->findChild<QMenu*>(QStringLiteral("mnuPopupAction")),
+              outline->viewport()->mapToGlobal(row.center()));
+  }
+  if (scene.edit_menu) {
+    auto* edit = window.findChild<QMenu*>(QStringLiteral("menuEdit"));
+    QRect title = window.menuBar()->actionGeometry(edit->menuAction());
+    draw_menu(edit, window.menuBar()->mapToGlobal(title.bottomLeft()));
   }
   if (!shot.save(out, "PNG")) {
     std::fprintf(stderr, "zpopup-edit: %s: cannot write the picture\n", qPrintable(out));
@@ -125,7 +140,14 @@ int main(int argc, char** argv) {
   parser.addOption(view);
   parser.addOption(select);
   parser.addOption(find);
+  QCommandLineOption delete_item(
+      QStringLiteral("delete"),
+      QStringLiteral("With --screenshot and --select: delete that item first."));
+  QCommandLineOption edit_menu(QStringLiteral("edit-menu"),
+                               QStringLiteral("With --screenshot: open the Edit menu."));
   parser.addOption(item_menu);
+  parser.addOption(delete_item);
+  parser.addOption(edit_menu);
   parser.addPositionalArgument(
       QStringLiteral("POPUP"),
       QStringLiteral("The popup: folder and base name, or its .ZPT file."));
@@ -147,8 +169,8 @@ int main(int argc, char** argv) {
   if (batch) window.SetBatch();
   if (!popups.isEmpty() && !window.OpenNamed(popups.first()) && batch) return 2;
   if (parser.isSet(screenshot)) {
-    ScreenshotScene scene{view_name, parser.value(select), parser.value(find),
-                          parser.isSet(item_menu)};
+    ScreenshotScene scene{view_name,           parser.value(select),   parser.value(find),
+                          parser.isSet(item_menu), parser.isSet(delete_item), parser.isSet(edit_menu)};
     if (scene.view.isEmpty() &&
         (!scene.select.isEmpty() || !scene.find.isEmpty() || scene.item_menu)) {
       scene.view = QStringLiteral("data");
