@@ -100,10 +100,11 @@ int Screenshot(zephyr::apps::MainWindow& window, const QString& out, const Scree
 }  // namespace
 
 int main(int argc, char** argv) {
-  // A screenshot needs no display.
+  // A screenshot, a printout, the help and the version need no display.
   for (int i = 1; i < argc; ++i) {
     std::string_view option(argv[i]);
-    bool batch = option == "--screenshot" || option == "--print-pdf";
+    bool batch = option == "--screenshot" || option == "--print-pdf" || option == "--help" ||
+                 option == "-h" || option == "--version" || option == "-v";
     if (batch && !std::getenv("QT_QPA_PLATFORM")) {
       setenv("QT_QPA_PLATFORM", "offscreen", 1);
     }
@@ -112,10 +113,12 @@ int main(int argc, char** argv) {
   QApplication::setOrganizationName(QStringLiteral("ZephyrPopup"));
   QApplication::setApplicationName(QStringLiteral("zpopup-edit"));
   QApplication::setApplicationDisplayName(QStringLiteral("ZephyrPopup Editor"));
+  QApplication::setApplicationVersion(QStringLiteral(ZEPHYR_VERSION));
 
   QCommandLineParser parser;
   parser.setApplicationDescription(QStringLiteral("Edits a popup: its design and its items."));
   parser.addHelpOption();
+  parser.addVersionOption();
   QCommandLineOption screenshot(QStringLiteral("screenshot"),
                                 QStringLiteral("Render the window to a PNG file and exit."),
                                 QStringLiteral("OUT.png"));

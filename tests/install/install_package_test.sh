@@ -82,6 +82,11 @@ quiet "$cxx" -std=c++20 $flags "$work/title.cpp" -o "$work/title" \
 check_title "pkg-config zephyr-popup" "$("$work/title" "$work/popups" Products)"
 
 if [ "$with_editor" = 1 ]; then
+  for file in applications/zpopup-edit.desktop mime/packages/zephyr-popup.xml \
+    metainfo/io.github.zephyrpopup.Editor.metainfo.xml icons/hicolor/scalable/apps/zpopup-edit.svg \
+    icons/hicolor/48x48/apps/zpopup-edit.png; do
+    [ -s "$prefix/share/$file" ] || { echo "FAIL: share/$file is not installed"; exit 1; }
+  done
   export QT_QPA_PLATFORM=offscreen
   # Qt's own allocations outlive main; leaks are the unit tests' business.
   export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=0}
