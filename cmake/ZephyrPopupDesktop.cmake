@@ -19,6 +19,9 @@ if(TARGET zpopup-edit)
   endforeach()
 endif()
 
+install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/zephyr-popup)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/zephyr-popup)
+
 install(FILES ${PROJECT_SOURCE_DIR}/packaging/zpopup.bash-completion
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME zpopup)
 
