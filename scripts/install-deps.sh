@@ -17,7 +17,7 @@ packages=(
   qt6-base-dev qt6-qpa-plugins qt6-tools-dev libqt6opengl6-dev libgl-dev
   fonts-dejavu-core poppler-utils
   # Checks of the desktop entry, the AppStream description and the manual pages.
-  desktop-file-utils appstream man-db
+  desktop-file-utils appstream man-db shared-mime-info
 )
 
 sudo_cmd=()
