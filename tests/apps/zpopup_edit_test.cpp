@@ -104,6 +104,7 @@ class ZpopupEditTest : public QObject {
     QVERIFY(window_->OpenNamed(QString::fromStdString(dir_->File("Products.ZPT"))));
     QDir::setCurrent(QString::fromStdString(dir_->Path()));
     QVERIFY(window_->OpenNamed("Products"));
+    QVERIFY(window_->OpenNamed("Products.ZPD"));  // as a file manager passes the data file
     window_->Editor()->Popup()->Title("Changed");  // make a save write
     QVERIFY(window_->Editor()->SaveChanges(false));
     QCOMPARE(Menu("menuRecent")->actions().size(), 1);
