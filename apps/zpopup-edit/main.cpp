@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QEventLoop>
+#include <QIcon>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QMenu>
@@ -114,6 +115,9 @@ int main(int argc, char** argv) {
   QApplication::setApplicationName(QStringLiteral("zpopup-edit"));
   QApplication::setApplicationDisplayName(QStringLiteral("ZephyrPopup Editor"));
   QApplication::setApplicationVersion(QStringLiteral(ZEPHYR_VERSION));
+  // The installed desktop entry and the icon the package puts in the theme.
+  QGuiApplication::setDesktopFileName(QStringLiteral("zpopup-edit"));
+  QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("zpopup-edit")));
 
   QCommandLineParser parser;
   parser.setApplicationDescription(QStringLiteral("Edits a popup: its design and its items."));
