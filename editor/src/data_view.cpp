@@ -83,7 +83,7 @@ void EditorState::LoadDataGrid() {
   DebugLog(kEditModule, "LoadDataGrid", "Start");
   if (outline_stale) {
     printed_outline.reset();
-    grid->Load(popup);
+    grid->Load(session.Popup());
     SortTree();
     // Expanding the parents one by one keeps the view's bookkeeping to the
     // parents; expandAll would remember every row.
@@ -105,7 +105,7 @@ void EditorState::ShowOutline(const BranchLayout& layout, const std::vector<int3
     return;
   }
   printed_outline.reset();
-  grid->LoadLayout(popup, layout);
+  grid->LoadLayout(session.Popup(), layout);
   outline_stale = false;
   Expand(expanded);
   if (DataMode) {
@@ -154,10 +154,6 @@ QString EditorState::NameOf(PopupItem& item) {
                                        : OwnCode(item.PopupKey()));
 }
 
-void EditorState::Record(QUndoCommand* command) {
-  undo_stack->push(command);
-}
-
 void EditorState::DataRowChanged() {
   QModelIndex current = DataGrid->currentIndex();
   if (!current.isValid()) return;
@@ -175,7 +171,7 @@ void EditorState::DataRowChanged() {
 }
 
 void EditorState::RebuildAddButtons() {
-  int levels = popup->Levels();
+  int levels = session.Popup()->Levels();
   auto* layout = static_cast<QHBoxLayout*>(fraButtons->layout());
   while (static_cast<int>(cmdAdd.size()) > levels) {
     delete cmdAdd.back();
@@ -192,7 +188,7 @@ void EditorState::RebuildAddButtons() {
   }
   for (int index = 1; index <= levels; ++index) {
     QPushButton* button = cmdAdd[static_cast<size_t>(index - 1)];
-    button->setText(ToQString(popup->PopupLevels()->Item(Variant(index))->Question().ToText()));
+    button->setText(ToQString(session.Popup()->PopupLevels()->Item(Variant(index))->Question().ToText()));
     if (index <= 9) button->setToolTip(QStringLiteral("F%1").arg(index));
   }
 }
@@ -213,7 +209,7 @@ void EditorState::AddButtonClicked(int index) {
       auto ancestor = item;
       while (ancestor && ancestor->Level() > index) {
         ancestor = ancestor->Parent();
-        if (ancestor) popup->SelectedItem(ancestor);
+        if (ancestor) session.Popup()->SelectedItem(ancestor);
       }
       if (ancestor) {
         SelectItemRow(ancestor);
@@ -256,7 +252,7 @@ void EditorState::StartEdit() {
 
 int EditorState::MaxEditLength(const QModelIndex& cell) {
   if (cell.column() == 0) return 2;
-  auto fields = popup->PopupFields();
+  auto fields = session.Popup()->PopupFields();
   int32_t field = cell.column() + 1;
   return field <= fields->Count() ? fields->Item(Variant(field))->FieldLength() : 0;
 }
@@ -265,12 +261,12 @@ bool EditorState::DataEditRefused(const QModelIndex& cell, QString& text) {
   std::string typed = std::string(Trim(ToUtf8(text)));
   if (cell.column() >= 1) {
     if (typed.find('"') == std::string::npos) return false;
-    Tell("Data Entries cannot contain Double Quotes");
+    session.Tell("Data Entries cannot contain Double Quotes");
     return true;
   }
   double number = 0;
   if (!ParseNumber(typed, &number)) {
-    Tell("Popup Record Key must be numeric");
+    session.Tell("Popup Record Key must be numeric");
     return true;
   }
   if (typed.size() < 2) typed = "0" + typed;
@@ -288,30 +284,30 @@ void EditorState::DataAfterEdit(const QModelIndex& cell, const QString& text) {
     QModelIndex value = grid->index(cell.row(), cell.column(), cell.parent());
     std::string before = ToUtf8(value.data().toString());
     grid->SetValue(value, ToUtf8(text));
-    SetDataChanged(true);
+    session.SetDataChanged(true);
     WidenColumnFor(value);
-    Record(new ChangeValueCommand(*this, item->Identity(), cell.column(), std::move(before),
+    session.Record(new ChangeValueCommand(*this, item->Identity(), cell.column(), std::move(before),
                                   ToUtf8(value.data().toString())));
     return;
   }
   std::string code(Trim(ToUtf8(text)));
   if (code == OwnCode(item->PopupKey())) return;
-  for (const auto& sibling : *popup->SiblingsOf(*item)) {
+  for (const auto& sibling : *session.Popup()->SiblingsOf(*item)) {
     if (sibling->PopupKey().size() >= 2 && OwnCode(sibling->PopupKey()) == code) {
-      Tell("Key already Exists. Please enter a unique key.");
+      session.Tell("Key already Exists. Please enter a unique key.");
       DataGrid->setFocus();
       return;  // the cell shows the item's key, which did not change
     }
   }
   std::string before = OwnCode(item->PopupKey());
   bool was_marked = grid->IsKeyChanged(row);
-  popup->ModifyKey(code, item, item->Level());
+  session.Popup()->ModifyKey(code, item, item->Level());
   grid->KeyChanged(row);
   // The row's own children are ordered; the row itself keeps its place
   // among its siblings until the next Sort_Tree.
   SortRecord sorted = grid->SortChildren(row);
-  SetDataChanged(true);
-  Record(new ChangeKeyCommand(*this, item->Identity(), std::move(before), code, was_marked,
+  session.SetDataChanged(true);
+  session.Record(new ChangeKeyCommand(*this, item->Identity(), std::move(before), code, was_marked,
                               std::move(sorted)));
   // Key entry flows on into the first value, once this editor has closed.
   QModelIndex next = grid->index(row.row(), cell.column() + 1, row.parent());
@@ -451,7 +447,7 @@ void EditorState::ApplyFind() {
 
 void EditorState::DeleteDataItem() {
   DebugLog(kEditModule, "DeleteDataItem", "Start");
-  if (Tell("Are you sure you want to delete this entry and its children?", MessageButtons::kYesNo,
+  if (session.Tell("Are you sure you want to delete this entry and its children?", MessageButtons::kYesNo,
            "Confirm Delete", MessageIcon::kExclamation, 2) != MessageAnswer::kYes) {
     return;
   }
@@ -465,15 +461,15 @@ void EditorState::DeleteDataItem() {
   int32_t parent_identity = IdentityOf(row.parent());
   int position = row.row();
   grid->RemoveRow(row);
-  SetDataChanged(true);
+  session.SetDataChanged(true);
   PopupClass::DetachedItem detached;
-  if (item) detached = popup->DetachItem(item);
+  if (item) detached = session.Popup()->DetachItem(item);
   if (detached.item) {
-    Record(new DeleteBranchCommand(*this, QStringLiteral("Delete '%1'").arg(NameOf(*item)),
+    session.Record(new DeleteBranchCommand(*this, QStringLiteral("Delete '%1'").arg(NameOf(*item)),
                                    std::move(detached), parent_identity, position,
                                    std::move(layout), std::move(expanded)));
   } else {
-    SetModified(true);  // a row without an item of the outline: nothing to undo
+    session.MarkModified();  // a row without an item of the outline: nothing to undo
   }
   DataGrid->setCurrentIndex(above.isValid() ? above : grid->TitleIndex());
   if (CurrentIsTitle()) cmdDelete->setEnabled(false);

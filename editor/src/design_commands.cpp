@@ -39,13 +39,13 @@ bool DraftCommand::mergeWith(const QUndoCommand* other) {
 
 void DraftCommand::undo() {
   state_.ShowDraft(before_);
-  state_.SetDataChanged(true);
+  state_.session.SetDataChanged(true);
 }
 
 void DraftCommand::redo() {
   if (std::exchange(done_, false)) return;
   state_.ShowDraft(after_);
-  state_.SetDataChanged(true);
+  state_.session.SetDataChanged(true);
 }
 
 ApplyDesignCommand::ApplyDesignCommand(EditorState& state, ShownDesign draft, DesignState before,
@@ -60,19 +60,19 @@ ApplyDesignCommand::ApplyDesignCommand(EditorState& state, ShownDesign draft, De
       expanded_(std::move(expanded)) {}
 
 void ApplyDesignCommand::undo() {
-  before_.Restore(*state_.popup);
+  before_.Restore(*state_.session.Popup());
   state_.ShowOutline(outline_, expanded_);
   state_.LoadTemplateData();
   state_.ShowDraft(draft_);
-  state_.SetDataChanged(true);
+  state_.session.SetDataChanged(true);
 }
 
 void ApplyDesignCommand::redo() {
   if (std::exchange(done_, false)) return;
-  after_.Restore(*state_.popup);
+  after_.Restore(*state_.session.Popup());
   state_.outline_stale = true;
   state_.LoadTemplateData();
-  state_.SetDataChanged(true);
+  state_.session.SetDataChanged(true);
 }
 
 ImportCommand::ImportCommand(EditorState& state, std::shared_ptr<PopupClass> before,
@@ -86,17 +86,17 @@ ImportCommand::ImportCommand(EditorState& state, std::shared_ptr<PopupClass> bef
       expanded_(std::move(expanded)) {}
 
 void ImportCommand::undo() {
-  state_.popup = before_;
+  state_.session.SetPopup(before_);
   state_.PopupReplaced();
   state_.ShowOutline(outline_, expanded_);
-  state_.SetDataChanged(true);
+  state_.session.SetDataChanged(true);
 }
 
 void ImportCommand::redo() {
   if (std::exchange(done_, false)) return;
-  state_.popup = after_;
+  state_.session.SetPopup(after_);
   state_.PopupReplaced();
-  state_.SetDataChanged(true);
+  state_.session.SetDataChanged(true);
 }
 
 }  // namespace zephyr::editor

@@ -71,7 +71,7 @@ void EditorState::ConnectDesignView() {
   });
   grdLevels->setItemDelegate(levels);
   auto* fields = new EditDelegate(grdFields);
-  fields->SetAfterEdit([this](const QModelIndex&) { SetDataChanged(true); });
+  fields->SetAfterEdit([this](const QModelIndex&) { session.SetDataChanged(true); });
   grdFields->setItemDelegate(fields);
 
   On(grdLevels->selectionModel(), &QItemSelectionModel::currentChanged,
@@ -135,14 +135,14 @@ void EditorState::LoadTemplateData() {
   FieldListModel::List fields;
   DebugLog(kTemplateDataModule, "LoadTemplateData", "REdim's complete");
   int16_t position = 0;
-  for (const auto& level : *popup->PopupLevels()) {
+  for (const auto& level : *session.Popup()->PopupLevels()) {
     level->IntialIndex(++position);
     levels.push_back(level);
   }
   DebugLog(kTemplateDataModule, "LoadTemplateData", "Levels REset");
   position = 0;
   bool key_field = true;
-  for (const auto& field : *popup->PopupFields()) {
+  for (const auto& field : *session.Popup()->PopupFields()) {
     if (key_field) {
       key_field = false;  // field 1 is the key, never shown
       continue;
@@ -174,24 +174,24 @@ void EditorState::FillDesignGrids() {
     cmdDeleteField->setEnabled(false);
     cmdDeleteLevels->setEnabled(false);
   }
-  txtTitle->setText(ToQString(popup->Title()));
+  txtTitle->setText(ToQString(session.Popup()->Title()));
 }
 
 void EditorState::TitleChanged() {
   QString text = txtTitle->text();
   if (text.contains(QLatin1Char('"'))) {
-    Tell("Double Quotes are not Permitted in Title");
+    session.Tell("Double Quotes are not Permitted in Title");
     txtTitle->setFocus();
     return;
   }
-  if (!Loading) SetDataChanged(true);
-  popup->Title(ToUtf8(text));
+  if (!Loading) session.SetDataChanged(true);
+  session.Popup()->Title(ToUtf8(text));
   RecordDraft("Change Title", true);
 }
 
 ShownDesign EditorState::CaptureDraft() const {
   ShownDesign captured;
-  captured.title = popup->Title();
+  captured.title = session.Popup()->Title();
   for (const auto& level : LevelList->Levels()) {
     captured.levels.push_back({level->IntialIndex(), level->Question()});
   }
@@ -207,7 +207,7 @@ ShownDesign EditorState::CaptureDraft() const {
 
 void EditorState::ShowDraft(const ShownDesign& shown) {
   bool was_loading = std::exchange(Loading, true);
-  auto popup_levels = popup->PopupLevels();
+  auto popup_levels = session.Popup()->PopupLevels();
   LevelListModel::List levels;
   for (const ShownDesign::Level& row : shown.levels) {
     bool known = row.initial_index >= 1 && row.initial_index <= popup_levels->Count();
@@ -218,7 +218,7 @@ void EditorState::ShowDraft(const ShownDesign& shown) {
     levels.push_back(std::move(level));
   }
   // The popup's field 1 is the key, which the list never shows.
-  auto popup_fields = popup->PopupFields();
+  auto popup_fields = session.Popup()->PopupFields();
   FieldListModel::List fields;
   std::vector<std::string> lengths;
   for (const ShownDesign::Field& row : shown.fields) {
@@ -236,7 +236,7 @@ void EditorState::ShowDraft(const ShownDesign& shown) {
   FieldList->Reset(std::move(fields), std::move(lengths));
   LevelsChanged = shown.levels_changed;
   FieldsChanged = shown.fields_changed;
-  popup->Title(shown.title);
+  session.Popup()->Title(shown.title);
   FillDesignGrids();
   Loading = was_loading;
   recorded_design = shown;
@@ -248,7 +248,7 @@ void EditorState::RecordDraft(const QString& text, bool title_typing) {
   ShownDesign now = CaptureDraft();
   if (now == recorded_design) return;
   ShownDesign before = std::exchange(recorded_design, now);
-  Record(new DraftCommand(*this, text, std::move(before), std::move(now), title_typing));
+  session.Record(new DraftCommand(*this, text, std::move(before), std::move(now), title_typing));
 }
 
 void EditorState::AddLevelRow() {
@@ -260,7 +260,7 @@ void EditorState::AddLevelRow() {
   grdLevels->edit(grdLevels->currentIndex());
   if (LevelList->rowCount() + 1 >= 9) cmdAddLevels->setEnabled(false);
   LevelsChanged = true;
-  SetDataChanged(true);
+  session.SetDataChanged(true);
 }
 
 void EditorState::AddFieldRow() {
@@ -272,7 +272,7 @@ void EditorState::AddFieldRow() {
   if (FieldList->rowCount() == 1) cmdDeleteField->setEnabled(true);
   SizeFieldColumns();
   FieldsChanged = true;
-  SetDataChanged(true);
+  session.SetDataChanged(true);
 }
 
 void EditorState::DeleteLevelRow() {
@@ -281,7 +281,7 @@ void EditorState::DeleteLevelRow() {
   if (grid_row < 1) return;
   std::string question =
       LevelList->Levels()[static_cast<size_t>(grid_row - 1)]->Question().ToText();
-  if (Tell("Are you Sure you wish to delete this Level along with its Data?",
+  if (session.Tell("Are you Sure you wish to delete this Level along with its Data?",
            MessageButtons::kYesNo, "Delete Level? " + question) != MessageAnswer::kYes) {
     return;
   }
@@ -295,7 +295,7 @@ void EditorState::DeleteLevelRow() {
   }
   if (LevelList->rowCount() + 1 < 9) cmdAddLevels->setEnabled(true);
   LevelsChanged = true;
-  SetDataChanged(true);
+  session.SetDataChanged(true);
 }
 
 void EditorState::DeleteFieldRow() {
@@ -304,13 +304,13 @@ void EditorState::DeleteFieldRow() {
   if (grid_row < 1) return;
   std::string name = FieldList->Fields()[static_cast<size_t>(grid_row - 1)]->Name();
   // The field's question reuses the level's title.
-  if (Tell("Are you Sure you wish to delete this Field along with its Data?",
+  if (session.Tell("Are you Sure you wish to delete this Field along with its Data?",
            MessageButtons::kYesNo, "Delete Level? " + name) != MessageAnswer::kYes) {
     return;
   }
   FieldList->RemoveAt(grid_row - 1);
   FieldsChanged = true;
-  SetDataChanged(true);
+  session.SetDataChanged(true);
   grdFields->setFocus();
   if (FieldList->rowCount() > 0) {
     MakeCurrent(grdFields, 1);
@@ -328,7 +328,7 @@ void EditorState::MoveField(int step) {
   FieldList->Swap(grid_row - 1, target - 1);
   LoadDesignMode();
   FieldsChanged = true;
-  SetDataChanged(true);
+  session.SetDataChanged(true);
   grdFields->setFocus();
   MakeCurrent(grdFields, target);
 }
@@ -348,9 +348,9 @@ void EditorState::FieldRowEntered(int row) {
 }
 
 bool EditorState::LevelEditRefused(const QString& text) {
-  SetDataChanged(true);
+  session.SetDataChanged(true);
   if (!text.contains(QLatin1Char('"'))) return false;
-  Tell("Double Quotes are not permited in Level Descriptions");
+  session.Tell("Double Quotes are not permited in Level Descriptions");
   return true;
 }
 
@@ -361,16 +361,16 @@ bool EditorState::StepRefused() {
   double value = 0;
   bool refused = false;
   if (!ParseNumber(text, &value)) {
-    Tell(message, MessageButtons::kOk, title);
+    session.Tell(message, MessageButtons::kOk, title);
     refused = true;
     value = 0;  // and so also below 1
   }
   if (value > 99) {
-    Tell(message, MessageButtons::kOk, title);
+    session.Tell(message, MessageButtons::kOk, title);
     refused = true;
   }
   if (value < 1) {
-    Tell(message, MessageButtons::kOk, title);
+    session.Tell(message, MessageButtons::kOk, title);
     refused = true;
   }
   return refused;

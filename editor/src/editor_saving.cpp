@@ -79,7 +79,7 @@ bool EditorState::Validate() {
   }
   std::optional<DesignViolation> broken = CheckDesign(draft);
   if (!broken) return true;
-  Tell(broken->message);
+  session.Tell(broken->message);
   if (broken->place == DesignPlace::kLevels) MakeCurrentRow(grdLevels, broken->row);
   if (broken->place == DesignPlace::kFields) MakeCurrentRow(grdFields, broken->row);
   return false;
@@ -91,7 +91,7 @@ bool EditorState::DosFileNameCheck(const std::string& name) {
     char upper =
         (character >= 'a' && character <= 'z') ? static_cast<char>(character - 32) : character;
     if (kFileNameCharacters.find(upper) == std::string_view::npos) {
-      Tell("Invalid Filename. Filename contains invalid characters");
+      session.Tell("Invalid Filename. Filename contains invalid characters");
       return false;
     }
   }
@@ -100,27 +100,27 @@ bool EditorState::DosFileNameCheck(const std::string& name) {
 
 bool EditorState::SaveChanges(bool save_as) {
   DebugLog(kEditModule, "SaveChanges", "Start");
-  if (popup->DataSource().empty() || save_as) {
+  if (session.Popup()->DataSource().empty() || save_as) {
     while (true) {
       FileDialogRequest request;
       request.title = "ZephyrPopup - Select or Type a Filename";
       request.filter = "Zephyr Popup File (*.zpt)|*.zpt";
-      request.initial_folder = popup->PopupPath();
-      request.file_name = popup->DataSource();
+      request.initial_folder = session.Popup()->PopupPath();
+      request.file_name = session.Popup()->DataSource();
       request.default_extension = "zpt";
       std::string chosen = request.file_name;
-      if (!ShowSave(*file_dialog, chosen, request)) return false;
+      if (!ShowSave(*session.services().file_dialog, chosen, request)) return false;
       if (!DosFileNameCheck(GetBaseName(chosen))) continue;
       DebugLog(kSaveChangesModule, "SaveChanges", "Return Dialogue =" + chosen);
       DebugLog(kSaveChangesModule, "SaveChanges", "PopupPath=" + GetFolder(chosen));
-      popup->PopupPath(GetFolder(chosen));
-      popup->DataSource(GetBaseName(chosen));
+      session.Popup()->PopupPath(GetFolder(chosen));
+      session.Popup()->DataSource(GetBaseName(chosen));
       break;
     }
   }
-  std::string file = WithTrailingSlash(popup->PopupPath()) + popup->DataSource() + ".zpt";
+  std::string file = WithTrailingSlash(session.Popup()->PopupPath()) + session.Popup()->DataSource() + ".zpt";
   if (CannotSaveTo(file)) {
-    Tell(
+    session.Tell(
         "You do not have File Access to the file or folder you are saving to. Please contact you "
         "system Administrator for assistance.");
     return false;
@@ -129,10 +129,9 @@ bool EditorState::SaveChanges(bool save_as) {
   bool wrote = SaveData();
   // The component clears its flag whether or not SaveData wrote; the
   // unsaved work is gone only when it did.
-  SetDataChanged(false);
+  session.SetDataChanged(false);
   if (wrote) {
-    undo_stack->setClean();
-    SetModified(false);
+    session.MarkSaved();
   }
   return wrote;
 }
@@ -143,16 +142,16 @@ bool EditorState::SaveData() {
     if (!Validate()) return false;
     SaveDesign();
   }
-  popup->WriteTemplate();
-  popup->SavePopup();
+  session.Popup()->WriteTemplate();
+  session.Popup()->SavePopup();
   for (int32_t identity : grid->IdentitiesInGridOrder()) {
-    popup->SetSelectedItem(std::to_string(identity));
+    session.Popup()->SetSelectedItem(std::to_string(identity));
     // A row whose item went with a deleted level has nothing to write (the
     // history may keep the item itself alive).
-    auto item = popup->SelectedItem();
-    if (item && item->Level() <= popup->Levels()) popup->WritePopupRecord(item);
+    auto item = session.Popup()->SelectedItem();
+    if (item && item->Level() <= session.Popup()->Levels()) session.Popup()->WritePopupRecord(item);
   }
-  popup->SaveClose();
+  session.Popup()->SaveClose();
   ResizeControls();
   return true;
 }
@@ -170,15 +169,15 @@ void EditorState::SaveDesign() {
   // What the change replaces, for its undo: the design as edited, the items
   // and the outline that shows them.
   ShownDesign edited = CaptureDraft();
-  DesignState before = DesignState::Capture(*popup);
+  DesignState before = DesignState::Capture(*session.Popup());
   BranchLayout outline = outline_stale ? BranchLayout{} : grid->WholeLayout();
   std::vector<int32_t> expanded = ExpandedIn(outline);
   if (FieldsChanged) ChangeFields();
   if (LevelsChanged) ChangeLevels();
   LoadTemplateData();
   outline_stale = true;
-  Record(new ApplyDesignCommand(*this, std::move(edited), std::move(before),
-                                DesignState::Capture(*popup), std::move(outline),
+  session.Record(new ApplyDesignCommand(*this, std::move(edited), std::move(before),
+                                DesignState::Capture(*session.Popup()), std::move(outline),
                                 std::move(expanded)));
 }
 
@@ -187,24 +186,24 @@ void EditorState::ChangeLevels() {
   int16_t highest = 0;
   for (const auto& level : LevelList->Levels()) highest = std::max(highest, level->IntialIndex());
   DebugLog(kEditModule, "ChangeLevels", "Solved Highest Level");
-  int16_t old_levels = popup->Levels();
+  int16_t old_levels = session.Popup()->Levels();
   if (highest < old_levels) {
     DebugLog(kEditModule, "ChangeLevels", "HIghest Level < popup levels");
-    popup->DeleteLevel(static_cast<int16_t>(highest + 1), popup->PopupItems());
+    session.Popup()->DeleteLevel(static_cast<int16_t>(highest + 1), session.Popup()->PopupItems());
     DebugLog(kEditModule, "ChangeLevels", "Level Deleted");
-    while (popup->PopupLevels()->Count() > highest) {
-      popup->RemoveLastLevel();
+    while (session.Popup()->PopupLevels()->Count() > highest) {
+      session.Popup()->RemoveLastLevel();
       DebugLog(kEditModule, "ChangeLevels", "Level Deleted");
     }
-    LevelChangeKeyFormat(popup->PopupItems());
+    LevelChangeKeyFormat(session.Popup()->PopupItems());
   } else {
     DebugLog(kEditModule, "ChangeLevels", "HIghest Level > popup levels");
     SaveLevelsCol();
     DebugLog(kEditModule, "ChangeLevels", "Levels Saved");
     // Added levels widen every key, so that the saved table can be read back.
-    if (popup->Levels() != old_levels) LevelChangeKeyFormat(popup->PopupItems());
+    if (session.Popup()->Levels() != old_levels) LevelChangeKeyFormat(session.Popup()->PopupItems());
   }
-  popup->Levels(static_cast<int16_t>(popup->PopupLevels()->Count()));
+  session.Popup()->Levels(static_cast<int16_t>(session.Popup()->PopupLevels()->Count()));
   DebugLog(kEditModule, "ChangeLevels", "Reset objpopuplevels");
 }
 
@@ -214,7 +213,7 @@ void EditorState::LevelChangeKeyFormat(const std::shared_ptr<PopupItems>& items)
     return;
   }
   if (DebugLogEnabled()) LogRecursiveCalls("LevelChangeKeyFormat", *items, false);
-  FormatKeysToLevels(*items, popup->Levels());
+  FormatKeysToLevels(*items, session.Popup()->Levels());
 }
 
 void EditorState::SaveLevelsCol() {
@@ -223,15 +222,15 @@ void EditorState::SaveLevelsCol() {
   for (const auto& level : LevelList->Levels()) {
     levels.push_back({level->Question(), level->IntialIndex()});
   }
-  popup->ReplaceLevels(levels);
+  session.Popup()->ReplaceLevels(levels);
 }
 
 void EditorState::ChangeFields() {
   DebugLog(kEditModule, "ChangeFields", "Start");
   std::vector<int16_t> map;
   for (const auto& field : FieldList->Fields()) map.push_back(field->InitialIndex());
-  if (DebugLogEnabled()) LogRecursiveCalls("ReOrderFields", *popup->PopupItems(), true);
-  ReorderValues(*popup->PopupItems(), map);
+  if (DebugLogEnabled()) LogRecursiveCalls("ReOrderFields", *session.Popup()->PopupItems(), true);
+  ReorderValues(*session.Popup()->PopupItems(), map);
   SaveFieldsCol();
 }
 
@@ -242,7 +241,7 @@ void EditorState::SaveFieldsCol() {
     fields.push_back(
         {field->Name(), field->FieldLength(), field->StartCharPos(), field->InitialIndex()});
   }
-  popup->ReplaceFields(fields);
+  session.Popup()->ReplaceFields(fields);
 }
 
 }  // namespace zephyr::editor

@@ -13,6 +13,7 @@
 
 #include "design_commands.h"
 #include "editor_command.h"
+#include "editor_session.h"
 #include "outline_printer.h"
 #include "outline_view.h"
 #include "data_grid_model.h"
@@ -67,21 +68,9 @@ class EditorState : public QObject {
   void EnableDisable();
   void ResizeControls();
   void SizeFieldColumns();
-  void SetDataChanged(bool changed);
-  // Unsaved work: a change outside the item history, or a history that does
-  // not stand where the last save left it. SetModified sets the first.
-  void SetModified(bool modified);
-  bool IsModified() const;
-  // Tells the host when IsModified changed.
-  void UpdateModified();
-  // Empties the history; what it held stays unsaved work.
-  void ClearHistory();
   // Undoes (or redoes) the next command of the history, showing its view
   // first; nothing when the view cannot be left.
   void StepHistory(bool undo);
-  MessageAnswer Tell(const std::string& prompt, MessageButtons buttons = MessageButtons::kOk,
-                     const std::string& title = {}, MessageIcon icon = MessageIcon::kNone,
-                     int default_button = 1);
 
   // --- design view ---
   void ConnectDesignView();
@@ -159,8 +148,6 @@ class EditorState : public QObject {
   void MakeRowCurrent(int32_t identity);
   // How a command names an item: its first value, else its code.
   static QString NameOf(PopupItem& item);
-  // Pushes a command for an edit already made.
-  void Record(QUndoCommand* command);
 
   // --- item operations ---
   void AddChild();
@@ -262,15 +249,11 @@ class EditorState : public QObject {
   bool FilterEvent(QObject* watched, QEvent* event);
 
   PopupControlEdit* q;
+  // The popup, its names, the services, the history and the unsaved work.
+  EditorSession session;
 
   // Control state.
-  std::string SourcePath;
-  std::string SourceFile;
   bool DataMode = false;
-  bool DataChanged = false;
-  // A change the item history does not hold (design, title, import).
-  bool modified = false;
-  bool reported_modified = false;
   // The widget is being destroyed: its children's signals and events are ignored.
   bool closing = false;
   bool Loading = false;
@@ -287,28 +270,14 @@ class EditorState : public QObject {
   // The level and parent the next new item receives.
   int16_t AddLevel = 0;
   std::shared_ptr<PopupItem> AddParent;
-  // What this editor last put on the clipboard: the copied item's identity.
-  int32_t copied_identity = 0;
-  bool copied_was_cut = false;
   // What the outline showed when the design view took over and the popup's
   // items then changed under it: printing shows the outline as it was.
   std::optional<std::pair<QStringList, std::vector<PrintedRow>>> printed_outline;
-
-  std::shared_ptr<PopupClass> popup;
-
-  std::shared_ptr<MessageBox> messages;
-  std::shared_ptr<FileDialog> file_dialog;
-  std::shared_ptr<Progress> progress;
-  std::shared_ptr<Clipboard> clipboard;
-  std::shared_ptr<NewKeyPrompt> new_key_prompt;
 
   // The working lists and the data view's outline.
   LevelListModel* LevelList = nullptr;
   FieldListModel* FieldList = nullptr;
   DataGridModel* grid = nullptr;
-  // The data view's item edits, undoable; emptied when the design view
-  // takes over and whenever the outline is filled anew.
-  QUndoStack* undo_stack = nullptr;
 
   // Child controls, named as the component names them.
   TabStrip* tbsZephyrPopup = nullptr;

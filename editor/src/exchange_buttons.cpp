@@ -74,9 +74,9 @@ std::optional<std::string> EditorState::PickWorkbook() {
       "OpenDocument Spreadsheet (*.ods)|*.ods|Comma-Separated Values (*.csv)|*.csv";
   request.initial_folder =
       ToUtf8(ImportSettings()
-                 .value(QLatin1String(kLastImportFolder), ToQString(popup->PopupPath()))
+                 .value(QLatin1String(kLastImportFolder), ToQString(session.Popup()->PopupPath()))
                  .toString());
-  std::optional<std::string> path = file_dialog->ShowOpen(request);
+  std::optional<std::string> path = session.services().file_dialog->ShowOpen(request);
   if (path) {
     ImportSettings().setValue(QLatin1String(kLastImportFolder),
                               ToQString(std::filesystem::path(*path).parent_path().string()));
@@ -86,35 +86,36 @@ std::optional<std::string> EditorState::PickWorkbook() {
 
 void EditorState::ImportFromExcel() {
   DebugLog(kEditModule, "cmdImport_Click", "Start");
-  if (DataChanged && !DataMode) {
+  if (session.DataChanged() && !DataMode) {
     if (!Validate()) return;
     SaveDesign();
   }
   std::optional<std::string> workbook = PickWorkbook();
   if (!workbook) return;
-  ProgressUnloader shown(*progress);
-  progress->Show();
-  DialogLevelPrompt levels(q, messages);
-  excel::ImportUi ui{*messages, *progress, levels};
+  const EditorSession::Services& services = session.services();
+  ProgressUnloader shown(*services.progress);
+  services.progress->Show();
+  DialogLevelPrompt levels(q, services.messages);
+  excel::ImportUi ui{*services.messages, *services.progress, levels};
   // The import fills a stand-in that replaces the popup only once it has
   // succeeded: an import that fails half-way leaves the popup as it was.
-  auto imported = WithDesignOf(*popup);
-  imported->SetMessageBox(messages);
-  imported->SetProgress(progress);
+  auto imported = WithDesignOf(*session.Popup());
+  imported->SetMessageBox(services.messages);
+  imported->SetProgress(services.progress);
   if (excel::ExcelImport(*imported, *workbook, ui)) {
     BranchLayout outline = outline_stale ? BranchLayout{} : grid->WholeLayout();
     std::vector<int32_t> expanded = ExpandedIn(outline);
-    std::shared_ptr<PopupClass> replaced = std::exchange(popup, imported);
+    std::shared_ptr<PopupClass> replaced = session.Popup();
+    session.SetPopup(imported);
     PopupReplaced();
-    SetDataChanged(true);
-    Record(new ImportCommand(*this, std::move(replaced), std::move(imported), std::move(outline),
+    session.SetDataChanged(true);
+    session.Record(new ImportCommand(*this, std::move(replaced), std::move(imported), std::move(outline),
                              std::move(expanded)));
   }
   SizeFieldColumns();
 }
 
 void EditorState::PopupReplaced() {
-  copied_identity = 0;
   outline_stale = true;
   LoadTemplateData();
   if (DataMode) {
@@ -136,13 +137,13 @@ std::string EditorState::ExportToExcel() {
   FileDialogRequest request;
   request.title = "Export To Excel";
   request.filter = "Excel Workbook (*.xlsx)|*.xlsx";
-  request.initial_folder = popup->PopupPath();
-  request.file_name = popup->DataSource().empty() ? std::string() : popup->DataSource() + ".xlsx";
+  request.initial_folder = session.Popup()->PopupPath();
+  request.file_name = session.Popup()->DataSource().empty() ? std::string() : session.Popup()->DataSource() + ".xlsx";
   request.default_extension = "xlsx";
   std::string path;
-  if (!ShowSave(*file_dialog, path, request)) return {};
-  excel::ExportReport report = excel::ExportToWorkbook(*popup, path);
-  Tell(ExportSummary(report, path), MessageButtons::kOk, "Export To Excel",
+  if (!ShowSave(*session.services().file_dialog, path, request)) return {};
+  excel::ExportReport report = excel::ExportToWorkbook(*session.Popup(), path);
+  session.Tell(ExportSummary(report, path), MessageButtons::kOk, "Export To Excel",
        report.cannot_round_trip.empty() ? MessageIcon::kInformation : MessageIcon::kExclamation);
   return path;
 }

@@ -24,7 +24,7 @@ void ItemCommand::redo() {
 void ItemCommand::Done() {
   // Unsaved work follows the history's clean state; the component's flag is
   // set by every edit.
-  state_.SetDataChanged(true);
+  state_.session.SetDataChanged(true);
   // The current row may have kept its place while its neighbours changed.
   state_.EnableDisable();
 }
@@ -67,7 +67,7 @@ void ChangeKeyCommand::Undo() {
   QModelIndex row = state_.RowOf(identity_);
   state_.grid->RestoreOrder(sorted_);
   auto item = FindItemByIdentity(identity_);
-  state_.popup->ModifyKey(before_, item, item->Level());
+  state_.session.Popup()->ModifyKey(before_, item, item->Level());
   state_.grid->KeyChanged(row, was_marked_);
   state_.DataGrid->setCurrentIndex(row);
 }
@@ -75,7 +75,7 @@ void ChangeKeyCommand::Undo() {
 void ChangeKeyCommand::Redo() {
   QModelIndex row = state_.RowOf(identity_);
   auto item = FindItemByIdentity(identity_);
-  state_.popup->ModifyKey(after_, item, item->Level());
+  state_.session.Popup()->ModifyKey(after_, item, item->Level());
   state_.grid->KeyChanged(row);
   sorted_ = state_.grid->SortChildren(row);
   state_.DataGrid->setCurrentIndex(row);
@@ -98,13 +98,13 @@ void AddBranchCommand::Undo() {
   layout_ = state_.grid->LayoutOf(row);
   expanded_ = state_.ExpandedIn(layout_);
   state_.grid->RemoveRow(row);
-  detached_ = state_.popup->DetachItem(FindItemByIdentity(identity_));
+  detached_ = state_.session.Popup()->DetachItem(FindItemByIdentity(identity_));
   if (!parent_was_expanded_) state_.DataGrid->collapse(state_.RowOf(parent_identity_));
   state_.MakeRowCurrent(current_before_);
 }
 
 void AddBranchCommand::Redo() {
-  state_.popup->ReattachItem(detached_);
+  state_.session.Popup()->ReattachItem(detached_);
   detached_ = {};
   QModelIndex parent = state_.RowOf(parent_identity_);
   state_.grid->InsertLayout(parent, row_, layout_);
@@ -121,8 +121,8 @@ void MoveCommand::Trade() {
   auto moved = FindItemByIdentity(moved_);
   auto neighbour = FindItemByIdentity(neighbour_);
   std::string moved_code = OwnCode(moved->PopupKey());
-  state_.popup->ModifyKey(OwnCode(neighbour->PopupKey()), moved, moved->Level());
-  state_.popup->ModifyKey(moved_code, neighbour, neighbour->Level());
+  state_.session.Popup()->ModifyKey(OwnCode(neighbour->PopupKey()), moved, moved->Level());
+  state_.session.Popup()->ModifyKey(moved_code, neighbour, neighbour->Level());
   int column = std::max(state_.DataGrid->currentIndex().column(), 0);
   state_.grid->SwapRows(state_.RowOf(moved_), state_.RowOf(neighbour_));
   state_.DataGrid->setCurrentIndex(state_.RowOf(moved_).siblingAtColumn(column));
@@ -134,17 +134,17 @@ ReparentCommand::ReparentCommand(EditorState& state, const QString& text, int32_
       moved_(moved),
       new_parent_(new_parent),
       code_(std::move(code)),
-      keys_(state.popup->KeysOf(FindItemByIdentity(moved))) {
+      keys_(state.session.Popup()->KeysOf(FindItemByIdentity(moved))) {
   Redo();
 }
 
 void ReparentCommand::Redo() {
   auto item = FindItemByIdentity(moved_);
   auto parent = new_parent_ == 0 ? nullptr : FindItemByIdentity(new_parent_);
-  auto siblings = parent ? parent->Children() : state_.popup->PopupItems();
-  if (siblings->Item(Variant(state_.popup->KeyUnder(parent, code_)))) {
+  auto siblings = parent ? parent->Children() : state_.session.Popup()->PopupItems();
+  if (siblings->Item(Variant(state_.session.Popup()->KeyUnder(parent, code_)))) {
     throw RuntimeError(RuntimeErrorCode::kDuplicateKey,
-                       "key '" + state_.popup->KeyUnder(parent, code_) + "'");
+                       "key '" + state_.session.Popup()->KeyUnder(parent, code_) + "'");
   }
   QModelIndex row = state_.RowOf(moved_);
   old_parent_ = state_.IdentityOf(row.parent());
@@ -152,8 +152,8 @@ void ReparentCommand::Redo() {
   layout_ = state_.grid->LayoutOf(row);
   expanded_ = state_.ExpandedIn(layout_);
   state_.grid->RemoveRow(row);
-  detached_ = state_.popup->DetachItem(item);
-  state_.popup->AppendBranch(item, parent, code_);
+  detached_ = state_.session.Popup()->DetachItem(item);
+  state_.session.Popup()->AppendBranch(item, parent, code_);
   QModelIndex parent_row = state_.RowOf(new_parent_);
   state_.grid->InsertLayout(parent_row, state_.grid->rowCount(parent_row), layout_);
   state_.DataGrid->expand(parent_row);
@@ -166,9 +166,9 @@ void ReparentCommand::Undo() {
   state_.grid->RestoreOrder(sorted_);
   auto item = FindItemByIdentity(moved_);
   state_.grid->RemoveRow(state_.RowOf(moved_));
-  state_.popup->DetachItem(item);
-  state_.popup->RestoreKeys(keys_);
-  state_.popup->ReattachItem(detached_);
+  state_.session.Popup()->DetachItem(item);
+  state_.session.Popup()->RestoreKeys(keys_);
+  state_.session.Popup()->ReattachItem(detached_);
   QModelIndex old_parent = state_.RowOf(old_parent_);
   state_.grid->InsertLayout(old_parent, old_row_, layout_);
   state_.DataGrid->expand(old_parent);
@@ -189,7 +189,7 @@ DeleteBranchCommand::DeleteBranchCommand(EditorState& state, const QString& text
       expanded_(std::move(expanded)) {}
 
 void DeleteBranchCommand::Undo() {
-  state_.popup->ReattachItem(detached_);
+  state_.session.Popup()->ReattachItem(detached_);
   detached_ = {};
   QModelIndex parent = state_.RowOf(parent_identity_);
   QModelIndex row = state_.grid->InsertLayout(parent, row_, layout_);
@@ -202,7 +202,7 @@ void DeleteBranchCommand::Redo() {
   QModelIndex row = state_.RowOf(identity_);
   QModelIndex above = state_.DataGrid->indexAbove(row);
   state_.grid->RemoveRow(row);
-  detached_ = state_.popup->DetachItem(FindItemByIdentity(identity_));
+  detached_ = state_.session.Popup()->DetachItem(FindItemByIdentity(identity_));
   state_.DataGrid->setCurrentIndex(above.isValid() ? above : state_.grid->TitleIndex());
 }
 

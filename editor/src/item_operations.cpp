@@ -55,7 +55,7 @@ int16_t EditorState::AskNewKey(const PopupItems& siblings) {
   // until the user cancels: the flag is set only here.
   bool unique = true;
   while (true) {
-    std::string answer = new_key_prompt->AskNewKey();
+    std::string answer = session.services().new_key_prompt->AskNewKey();
     double number = 0;
     if (ParseNumber(answer, &number) && number == -1) return -1;
     for (const auto& sibling : siblings) {
@@ -72,15 +72,15 @@ std::shared_ptr<PopupItem> EditorState::AddpopupDataItem(
     const std::shared_ptr<PopupItems>& siblings, int16_t step, const std::string& parent_key,
     const std::string& after_code) {
   DebugLog(kEditModule, "AddpopupDataItem", "Start");
-  std::string key(2 * static_cast<size_t>(popup->Levels()), ' ');
+  std::string key(2 * static_cast<size_t>(session.Popup()->Levels()), ' ');
   std::string path = RemoveBlanks(parent_key);
   key.replace(0, std::min(path.size(), key.size()), path.substr(0, key.size()));
   std::string code = NewCode(*siblings, step, after_code);
   if (code.empty()) return nullptr;
   if (key.size() >= 2) key.replace(key.size() - 2, 2, code);
   std::vector<std::string> values{kUndefinedValue};
-  for (int32_t i = 3; i <= popup->PopupFields()->Count(); ++i) values.emplace_back();
-  return popup->AddItem(AddLevel == 1 ? nullptr : AddParent, key, values);
+  for (int32_t i = 3; i <= session.Popup()->PopupFields()->Count(); ++i) values.emplace_back();
+  return session.Popup()->AddItem(AddLevel == 1 ? nullptr : AddParent, key, values);
 }
 
 void EditorState::AddGridRow(const QModelIndex& parent_row, const std::shared_ptr<PopupItem>& item,
@@ -92,7 +92,7 @@ void EditorState::AddGridRow(const QModelIndex& parent_row, const std::shared_pt
   DataGrid->expand(row.parent());
   SortRecord sorted = SortTree();
   SelectItemRow(item);
-  Record(new AddBranchCommand(*this, text, item->Identity(), current_before, parent_was_expanded,
+  session.Record(new AddBranchCommand(*this, text, item->Identity(), current_before, parent_was_expanded,
                               std::move(sorted)));
 }
 
@@ -110,13 +110,13 @@ void EditorState::AddChild() {
     parent_row = grid->IndexOfIdentity(current->Identity());
   } else if (title) {
     AddLevel = 1;
-    added = AddpopupDataItem(popup->PopupItems(), KeyStep(), "", "");
+    added = AddpopupDataItem(session.Popup()->PopupItems(), KeyStep(), "", "");
     parent_row = grid->TitleIndex();
   } else {
     return;  // no current row
   }
   if (!added) {
-    SetDataChanged(true);  // only a cancelled add marks the popup changed
+    session.SetDataChanged(true);  // only a cancelled add marks the popup changed
     return;
   }
   AddGridRow(parent_row, added, QStringLiteral("New Child"));
@@ -129,7 +129,7 @@ std::shared_ptr<PopupItem> EditorState::AddSiblingItem(const std::shared_ptr<Pop
   AddLevel = current->Level();
   if (current->Level() == 1) {
     // Top-level items are appended after the last one, not after this one.
-    return AddpopupDataItem(popup->PopupItems(), KeyStep(), "", "");
+    return AddpopupDataItem(session.Popup()->PopupItems(), KeyStep(), "", "");
   }
   AddParent = current->Parent();
   if (!AddParent) return nullptr;
@@ -149,7 +149,7 @@ void EditorState::AddSibling() {
   if (!current) return;
   auto added = AddSiblingItem(current);
   if (!added) {
-    SetDataChanged(true);
+    session.SetDataChanged(true);
     return;
   }
   AddGridRow(ParentRowOf(*added), added, QStringLiteral("New Sibling"));
@@ -179,13 +179,13 @@ void EditorState::CopyBranchBeside(const std::shared_ptr<PopupItem>& source,
   if (!added) return;
   std::string code = OwnCode(added->PopupKey());
   CloneNewItem(added, source);
-  popup->ModifyKey(code, added, added->Level());
+  session.Popup()->ModifyKey(code, added, added->Level());
   // A copy under another parent takes that parent's codes, level by level.
   if (auto parent = added->Parent(); parent && parent != source->Parent()) {
     std::string path = CompactPath(parent->PopupKey());
     for (int16_t level = 1; level < added->Level() && static_cast<size_t>(2 * level) <= path.size();
          ++level) {
-      popup->ModifyKey(path.substr(2 * static_cast<size_t>(level) - 2, 2), added, level);
+      session.Popup()->ModifyKey(path.substr(2 * static_cast<size_t>(level) - 2, 2), added, level);
     }
   }
   ShowAddedBranch(added, text);
@@ -203,14 +203,14 @@ void EditorState::ShowAddedBranch(const std::shared_ptr<PopupItem>& added, const
   DataGrid->expand(copied.parent());
   DataGrid->expandRecursively(copied);
   SelectItemRow(added);
-  Record(new AddBranchCommand(*this, text, added->Identity(), current_before, parent_was_expanded,
+  session.Record(new AddBranchCommand(*this, text, added->Identity(), current_before, parent_was_expanded,
                               std::move(sorted)));
 }
 
 void EditorState::CloneNewItem(const std::shared_ptr<PopupItem>& target,
                                const std::shared_ptr<PopupItem>& source) {
   DebugLog(kEditModule, "CloneNewItem", "Start");
-  std::string pattern(2 * static_cast<size_t>(popup->Levels()), ' ');
+  std::string pattern(2 * static_cast<size_t>(session.Popup()->Levels()), ' ');
   CopyItemData(*target, *source);
   std::string path = RemoveBlanks(target->PopupKey());
   pattern.replace(0, std::min(path.size(), pattern.size()), path.substr(0, pattern.size()));
@@ -242,21 +242,20 @@ void EditorState::Paste() {
   auto source = PasteSource();
   auto current = CurrentItem();
   if (!source || !current) return;
-  if (!copied_was_cut) {
+  if (!session.CopiedWasCut()) {
     CopyBranchBeside(source, current, QStringLiteral("Paste '%1'").arg(NameOf(*source)));
     return;
   }
   // A cut item moves, once, with its identity, after the current item.
-  copied_identity = 0;
-  copied_was_cut = false;
+  session.SetCopied(0, false);
   if (source == current) {
     EnableDisable();
     return;
   }
   auto parent = current->Level() == 1 ? nullptr : current->Parent();
-  std::string code = NewCode(*popup->SiblingsOf(*current), KeyStep(), OwnCode(current->PopupKey()));
+  std::string code = NewCode(*session.Popup()->SiblingsOf(*current), KeyStep(), OwnCode(current->PopupKey()));
   if (code.empty()) return;
-  Record(new ReparentCommand(*this, QStringLiteral("Move '%1'").arg(NameOf(*source)),
+  session.Record(new ReparentCommand(*this, QStringLiteral("Move '%1'").arg(NameOf(*source)),
                              source->Identity(), parent ? parent->Identity() : 0, code));
 }
 
@@ -271,7 +270,7 @@ void EditorState::MoveItem(int step) {
   if (!neighbour.isValid()) return;
   int32_t moved = IdentityOf(DataGrid->currentIndex());
   QString name = NameOf(*FindItemByIdentity(moved));
-  Record(new MoveCommand(
+  session.Record(new MoveCommand(
       *this,
       (step < 0 ? QStringLiteral("Move '%1' Up") : QStringLiteral("Move '%1' Down")).arg(name),
       moved, IdentityOf(neighbour)));
@@ -288,12 +287,12 @@ std::string EditorState::NewCode(const PopupItems& siblings, int16_t step,
 
 bool EditorState::TooDeep(const std::shared_ptr<PopupItem>& item, int level, const char* what) {
   int deepest = 0;
-  for (const auto& entry : popup->KeysOf(item).entries) {
+  for (const auto& entry : session.Popup()->KeysOf(item).entries) {
     deepest = std::max<int>(deepest, entry.level);
   }
-  if (deepest - item->Level() + level <= popup->Levels()) return false;
-  Tell(std::string("The item cannot be ") + what + ": its branch would go below the popup's " +
-       std::to_string(popup->Levels()) + " levels.");
+  if (deepest - item->Level() + level <= session.Popup()->Levels()) return false;
+  session.Tell(std::string("The item cannot be ") + what + ": its branch would go below the popup's " +
+       std::to_string(session.Popup()->Levels()) + " levels.");
   return true;
 }
 
@@ -331,16 +330,16 @@ void EditorState::DropItem(const QModelIndex& target, OutlineView::DropPlace pla
   if (!copy && InBranchOf(parent, item)) return;  // not into its own branch
   int level = parent ? parent->Level() + 1 : 1;
   if (TooDeep(item, level, copy ? "copied there" : "moved there")) return;
-  auto siblings = parent ? parent->Children() : popup->PopupItems();
+  auto siblings = parent ? parent->Children() : session.Popup()->PopupItems();
   std::string code = NewCode(*siblings, KeyStep(), after_code);
   if (code.empty()) return;
   if (copy) {
     auto added = PopupItem::Create();
     CloneNewItem(added, item);
-    popup->AppendBranch(added, parent, code);
+    session.Popup()->AppendBranch(added, parent, code);
     ShowAddedBranch(added, QStringLiteral("Copy '%1' with Children").arg(NameOf(*item)));
   } else {
-    Record(new ReparentCommand(*this, QStringLiteral("Move '%1'").arg(NameOf(*item)),
+    session.Record(new ReparentCommand(*this, QStringLiteral("Move '%1'").arg(NameOf(*item)),
                                item->Identity(), parent ? parent->Identity() : 0, code));
   }
 }
@@ -353,7 +352,7 @@ void EditorState::Indent() {
   auto parent = FindItemByIdentity(IdentityOf(previous));
   std::string code = NewCode(*parent->Children(), KeyStep(), "");
   if (code.empty()) return;
-  Record(new ReparentCommand(*this, QStringLiteral("Indent '%1'").arg(NameOf(*item)),
+  session.Record(new ReparentCommand(*this, QStringLiteral("Indent '%1'").arg(NameOf(*item)),
                              item->Identity(), parent->Identity(), code));
 }
 
@@ -362,18 +361,17 @@ void EditorState::Outdent() {
   if (!item || item->Level() < 2) return;
   auto parent = item->Parent();
   if (!parent) return;
-  std::string code = NewCode(*popup->SiblingsOf(*parent), KeyStep(), OwnCode(parent->PopupKey()));
+  std::string code = NewCode(*session.Popup()->SiblingsOf(*parent), KeyStep(), OwnCode(parent->PopupKey()));
   if (code.empty()) return;
   auto grandparent = parent->Level() == 1 ? nullptr : parent->Parent();
-  Record(new ReparentCommand(*this, QStringLiteral("Outdent '%1'").arg(NameOf(*item)),
+  session.Record(new ReparentCommand(*this, QStringLiteral("Outdent '%1'").arg(NameOf(*item)),
                              item->Identity(), grandparent ? grandparent->Identity() : 0, code));
 }
 
 void EditorState::CopyToClipboard(bool cut) {
   if (auto item = CurrentItem(); item && !CurrentIsTitle()) {
-    clipboard->SetText(std::to_string(item->Identity()));
-    copied_identity = item->Identity();
-    copied_was_cut = cut;
+    session.services().clipboard->SetText(std::to_string(item->Identity()));
+    session.SetCopied(item->Identity(), cut);
     EnableDisable();
   }
 }

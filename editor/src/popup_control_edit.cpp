@@ -50,15 +50,16 @@ QAction* NamedAction(QMenu* menu, const char* name, const char* caption) {
 EditorState::EditorState(PopupControlEdit* owner)
     : QObject(owner),
       q(owner),
-      popup(std::make_shared<PopupClass>()),
-      messages(std::make_shared<platform::QtMessageBox>(owner)),
-      file_dialog(std::make_shared<platform::QtFileDialog>(owner)),
-      progress(std::make_shared<platform::FormProgress>(owner)),
-      clipboard(std::make_shared<platform::QtClipboard>()),
-      new_key_prompt(DefaultNewKeyPrompt()) {}
+      session(this,
+              {std::make_shared<platform::QtMessageBox>(owner),
+               std::make_shared<platform::QtFileDialog>(owner),
+               std::make_shared<platform::FormProgress>(owner),
+               std::make_shared<platform::QtClipboard>(), DefaultNewKeyPrompt()},
+              {[this](bool changed) { emit q->DataChangedChanged(changed); },
+               [this](bool modified) { emit q->modifiedChanged(modified); }}) {}
 
 std::shared_ptr<NewKeyPrompt> EditorState::DefaultNewKeyPrompt() {
-  return std::make_shared<DialogNewKeyPrompt>(q, [this]() { return messages; });
+  return std::make_shared<DialogNewKeyPrompt>(q, [this]() { return session.services().messages; });
 }
 
 EditorState::~EditorState() = default;
@@ -67,10 +68,9 @@ void EditorState::BuildControls() {
   LevelList = new LevelListModel(this);
   FieldList = new FieldListModel(this);
   grid = new DataGridModel(this);
-  undo_stack = new QUndoStack(this);
-  connect(undo_stack, &QUndoStack::canUndoChanged, q, &PopupControlEdit::canUndoChanged);
-  connect(undo_stack, &QUndoStack::canRedoChanged, q, &PopupControlEdit::canRedoChanged);
-  connect(undo_stack, &QUndoStack::cleanChanged, this, [this]() { UpdateModified(); });
+  QUndoStack* history = &session.History();
+  connect(history, &QUndoStack::canUndoChanged, q, &PopupControlEdit::canUndoChanged);
+  connect(history, &QUndoStack::canRedoChanged, q, &PopupControlEdit::canRedoChanged);
 
   auto* outer = new QVBoxLayout(q);
   outer->setContentsMargins(4, 4, 4, 4);
@@ -254,54 +254,26 @@ void EditorState::BuildControls() {
   On(tbsZephyrPopup, &QTabBar::currentChanged, [this](int index) { TabClick(index); });
 }
 
-void EditorState::SetDataChanged(bool changed) {
-  if (DataChanged == changed) return;
-  DataChanged = changed;
-  emit q->DataChangedChanged(changed);
-}
-
-void EditorState::SetModified(bool changed) {
-  modified = changed;
-  UpdateModified();
-}
-
-bool EditorState::IsModified() const {
-  return modified || !undo_stack->isClean();
-}
-
-void EditorState::UpdateModified() {
-  bool now = IsModified();
-  if (now == reported_modified) return;
-  reported_modified = now;
-  emit q->modifiedChanged(now);
-}
-
-void EditorState::ClearHistory() {
-  // What the history held is unsaved unless the history stood at the save.
-  if (!undo_stack->isClean()) modified = true;
-  undo_stack->clear();
-  UpdateModified();
-}
-
 void EditorState::StepHistory(bool undo) {
-  const int index = undo_stack->index();
-  const int count = undo_stack->count();
-  const auto* next = static_cast<const EditorCommand*>(undo_stack->command(undo ? index - 1 : index));
+  const int index = session.History().index();
+  const int count = session.History().count();
+  const auto* next =
+      static_cast<const EditorCommand*>(session.History().command(undo ? index - 1 : index));
   if (!next) return;
   int view = next->View();
   if (view != kAnyView && view != tbsZephyrPopup->currentIndex()) {
     tbsZephyrPopup->SelectTab(view);
     // A refused switch changes nothing; one that applied the design made a
     // new command, which the user sees before anything is undone.
-    if (tbsZephyrPopup->currentIndex() != view || undo_stack->index() != index ||
-        undo_stack->count() != count) {
+    if (tbsZephyrPopup->currentIndex() != view || session.History().index() != index ||
+        session.History().count() != count) {
       return;
     }
   }
   if (undo) {
-    undo_stack->undo();
+    session.History().undo();
   } else {
-    undo_stack->redo();
+    session.History().redo();
   }
 }
 
@@ -315,31 +287,20 @@ void EditorState::ReportError(const std::exception& error) {
   }
   // Telling must not fail in turn: this runs where nothing may be thrown.
   try {
-    Tell(text, MessageButtons::kOk, {}, MessageIcon::kCritical);
+    session.Tell(text, MessageButtons::kOk, {}, MessageIcon::kCritical);
   } catch (...) {
     qCritical("%s", text.c_str());
   }
 }
 
-MessageAnswer EditorState::Tell(const std::string& prompt, MessageButtons buttons,
-                                const std::string& title, MessageIcon icon, int default_button) {
-  Message message;
-  message.prompt = prompt;
-  message.buttons = buttons;
-  message.title = title;
-  message.icon = icon;
-  message.default_button = default_button;
-  return messages->Show(message);
-}
-
 void EditorState::OpenPopup(const std::string& path, const std::string& file) {
   // A popup that fails to open leaves the editor as it was: the new popup is
   // read before it replaces the current one, and the names are kept.
-  std::string source_path = path.empty() ? SourcePath : path;
-  std::string source_file = file.empty() ? SourceFile : file;
+  std::string source_path = path.empty() ? session.SourcePath() : path;
+  std::string source_file = file.empty() ? session.SourceFile() : file;
   auto opened = std::make_shared<PopupClass>();
-  opened->SetMessageBox(messages);
-  opened->SetProgress(progress);
+  opened->SetMessageBox(session.services().messages);
+  opened->SetProgress(session.services().progress);
   opened->PopupPath(source_path);
   opened->DataSource(source_file);
   if (!source_file.empty()) opened->OpenPopup();
@@ -350,13 +311,10 @@ void EditorState::OpenPopup(const std::string& path, const std::string& file) {
     bool& flag;
     ~OpeningDone() { flag = false; }
   } done{Opening};
-  SourcePath = std::move(source_path);
-  SourceFile = std::move(source_file);
-  popup = std::move(opened);
-  copied_identity = 0;
-  undo_stack->clear();  // the last popup's history, saved or not, goes with it
-  SetModified(false);
-  if (!SourceFile.empty()) {
+  session.SetSource(std::move(source_path), std::move(source_file));
+  session.SetPopup(std::move(opened));
+  session.StartHistory();  // the last popup's history, saved or not, goes with it
+  if (!session.SourceFile().empty()) {
     LoadTemplateData();
     LoadDesignMode();
     tbsZephyrPopup->SelectTab(kDataTab);
@@ -443,8 +401,8 @@ std::shared_ptr<PopupItem> EditorState::CurrentItem() {
   int32_t identity =
       current.isValid() ? grid->index(current.row(), 0, current.parent()).data(Qt::UserRole).toInt()
                         : 0;
-  popup->SetSelectedItem(std::to_string(identity));
-  return popup->SelectedItem();
+  session.Popup()->SetSelectedItem(std::to_string(identity));
+  return session.Popup()->SelectedItem();
 }
 
 int EditorState::CurrentLevel() {
@@ -456,10 +414,10 @@ void EditorState::EnableDisable() {
   DebugLog(kEditModule, "Enable_Disable", "Start");
   QModelIndex current = DataGrid->currentIndex();
   if (!current.isValid()) return;
-  int levels = popup->Levels();
+  int levels = session.Popup()->Levels();
   auto question = [this](int level) {
     return QStringLiteral("Add ") +
-           ToQString(popup->PopupLevels()->Item(Variant(level))->Question().ToText());
+           ToQString(session.Popup()->PopupLevels()->Item(Variant(level))->Question().ToText());
   };
   auto enable_buttons = [this](int up_to) {
     for (size_t i = 0; i < cmdAdd.size(); ++i) cmdAdd[i]->setEnabled(static_cast<int>(i) < up_to);
@@ -505,9 +463,10 @@ void EditorState::EnableDisable() {
 }
 
 std::shared_ptr<PopupItem> EditorState::PasteSource() {
+  const int32_t copied_identity = session.CopiedIdentity();
   if (copied_identity == 0 || CurrentIsTitle()) return nullptr;
   // Only what this editor copied: a number from anywhere else is no item of ours.
-  if (clipboard->Text() != std::to_string(copied_identity)) return nullptr;
+  if (session.services().clipboard->Text() != std::to_string(copied_identity)) return nullptr;
   // Only an item of the outline: a deleted one lives on in its undo command.
   if (!grid->IndexOfIdentity(copied_identity).isValid()) return nullptr;
   auto copied = FindItemByIdentity(copied_identity);
@@ -530,8 +489,6 @@ PopupControlEdit::PopupControlEdit(QWidget* parent)
                "." + std::to_string(ZEPHYR_VERSION_PATCH));
   setObjectName(QStringLiteral("PopupControlEdit"));
   state_->BuildControls();
-  state_->popup->SetMessageBox(state_->messages);
-  state_->popup->SetProgress(state_->progress);
 }
 
 PopupControlEdit::~PopupControlEdit() {
@@ -543,10 +500,10 @@ PopupControlEdit::~PopupControlEdit() {
 }
 
 bool PopupControlEdit::DataChanged() const {
-  return state_->DataChanged;
+  return state_->session.DataChanged();
 }
 bool PopupControlEdit::Modified() const {
-  return state_->IsModified();
+  return state_->session.IsModified();
 }
 bool PopupControlEdit::DataMode() const {
   return state_->DataMode;
@@ -555,19 +512,19 @@ void PopupControlEdit::DataMode(bool value) {
   state_->DataMode = value;
 }
 std::string PopupControlEdit::PopupTitle() const {
-  return state_->popup->Title();
+  return state_->session.Popup()->Title();
 }
 const std::string& PopupControlEdit::SourcePath() const {
-  return state_->SourcePath;
+  return state_->session.SourcePath();
 }
 void PopupControlEdit::SourcePath(std::string value) {
-  state_->SourcePath = std::move(value);
+  state_->session.SetSource(std::move(value), state_->session.SourceFile());
 }
 const std::string& PopupControlEdit::SourceFile() const {
-  return state_->SourceFile;
+  return state_->session.SourceFile();
 }
 void PopupControlEdit::SourceFile(std::string value) {
-  state_->SourceFile = std::move(value);
+  state_->session.SetSource(state_->session.SourcePath(), std::move(value));
 }
 
 void PopupControlEdit::LoadDesignMode() {
@@ -624,17 +581,17 @@ void PopupControlEdit::AddSibling() {
 }
 
 QUndoStack* PopupControlEdit::UndoStack() const {
-  return state_->undo_stack;
+  return &state_->session.History();
 }
 
 void PopupControlEdit::undo() {
   // An edit that cannot be undone ends the history: what it would restore is
   // no longer known.
-  if (!state_->Guarded([this]() { state_->StepHistory(true); })) state_->ClearHistory();
+  if (!state_->Guarded([this]() { state_->StepHistory(true); })) state_->session.ClearHistory();
 }
 
 void PopupControlEdit::redo() {
-  if (!state_->Guarded([this]() { state_->StepHistory(false); })) state_->ClearHistory();
+  if (!state_->Guarded([this]() { state_->StepHistory(false); })) state_->session.ClearHistory();
 }
 
 void PopupControlEdit::ReportError(const std::exception& error) {
@@ -704,32 +661,40 @@ void PopupControlEdit::WriteProperties(PropertyBag& bag) const {
 }
 
 std::shared_ptr<PopupClass> PopupControlEdit::Popup() const {
-  return state_->popup;
+  return state_->session.Popup();
 }
 
 void PopupControlEdit::SetMessageBox(std::shared_ptr<MessageBox> message_box) {
-  state_->messages =
+  auto services = state_->session.services();
+  services.messages =
       message_box ? std::move(message_box) : std::make_shared<platform::QtMessageBox>(this);
-  state_->popup->SetMessageBox(state_->messages);
+  state_->session.SetServices(std::move(services));
 }
 
 void PopupControlEdit::SetFileDialog(std::shared_ptr<FileDialog> file_dialog) {
-  state_->file_dialog =
+  auto services = state_->session.services();
+  services.file_dialog =
       file_dialog ? std::move(file_dialog) : std::make_shared<platform::QtFileDialog>(this);
+  state_->session.SetServices(std::move(services));
 }
 
 void PopupControlEdit::SetProgress(std::shared_ptr<Progress> progress) {
-  state_->progress =
+  auto services = state_->session.services();
+  services.progress =
       progress ? std::move(progress) : std::make_shared<platform::FormProgress>(this);
-  state_->popup->SetProgress(state_->progress);
+  state_->session.SetServices(std::move(services));
 }
 
 void PopupControlEdit::SetClipboard(std::shared_ptr<Clipboard> clipboard) {
-  state_->clipboard = clipboard ? std::move(clipboard) : std::make_shared<platform::QtClipboard>();
+  auto services = state_->session.services();
+  services.clipboard = clipboard ? std::move(clipboard) : std::make_shared<platform::QtClipboard>();
+  state_->session.SetServices(std::move(services));
 }
 
 void PopupControlEdit::SetNewKeyPrompt(std::shared_ptr<NewKeyPrompt> prompt) {
-  state_->new_key_prompt = prompt ? std::move(prompt) : state_->DefaultNewKeyPrompt();
+  auto services = state_->session.services();
+  services.new_key_prompt = prompt ? std::move(prompt) : state_->DefaultNewKeyPrompt();
+  state_->session.SetServices(std::move(services));
 }
 
 void PopupControlEdit::resizeEvent(QResizeEvent* event) {

@@ -41,19 +41,19 @@ std::pair<QStringList, std::vector<PrintedRow>> EditorState::ShownOutline() cons
 
 bool EditorState::PrintOutline(QPrinter& printer) {
   DebugLog(kEditModule, "PrintPopupData", "Start");
-  printer.setDocName(ToQString(popup->Title()));
+  printer.setDocName(ToQString(session.Popup()->Title()));
   printer.setPageMargins(QMarginsF(kMarginInches, kMarginInches, kMarginInches, kMarginInches),
                          QPageLayout::Inch);
   // What the outline last held, even when the design view hides it.
   auto [headings, rows] = printed_outline ? *printed_outline : ShownOutline();
   QPainter painter;
   if (!printer.isValid() || !painter.begin(&printer)) {
-    Tell(kPrintFailed);
+    session.Tell(kPrintFailed);
     return false;
   }
   OutlinePrinter(headings, std::move(rows)).Print(painter, printer);
   if (!painter.end()) {
-    Tell(kPrintFailed);
+    session.Tell(kPrintFailed);
     return false;
   }
   return true;
@@ -65,7 +65,7 @@ namespace zephyr::editor {
 
 void PopupControlEdit::PrintPopupData() {
   QPrinter printer(QPrinter::HighResolution);
-  printer.setDocName(ToQString(state_->popup->Title()));
+  printer.setDocName(ToQString(state_->session.Popup()->Title()));
   QPrintDialog dialog(&printer, this);
   dialog.setObjectName(QStringLiteral("dlgPrint"));
   if (dialog.exec() != QDialog::Accepted) return;

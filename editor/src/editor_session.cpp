@@ -1,0 +1,97 @@
+#include "editor_session.h"
+
+#include <QUndoStack>
+#include <utility>
+
+namespace zephyr::editor {
+
+EditorSession::EditorSession(QObject* owner, Services services, Observer observer)
+    : popup_(std::make_shared<PopupClass>()),
+      services_(std::move(services)),
+      observer_(std::move(observer)),
+      history_(new QUndoStack(owner)) {
+  QObject::connect(history_, &QUndoStack::cleanChanged, history_, [this]() { ReportModified(); });
+  SetServices(services_);
+}
+
+void EditorSession::SetPopup(std::shared_ptr<PopupClass> popup) {
+  popup_ = std::move(popup);
+  popup_->SetMessageBox(services_.messages);
+  popup_->SetProgress(services_.progress);
+  copied_identity_ = 0;
+}
+
+void EditorSession::SetSource(std::string path, std::string file) {
+  source_path_ = std::move(path);
+  source_file_ = std::move(file);
+}
+
+void EditorSession::SetServices(Services services) {
+  services_ = std::move(services);
+  popup_->SetMessageBox(services_.messages);
+  popup_->SetProgress(services_.progress);
+}
+
+MessageAnswer EditorSession::Tell(const std::string& prompt, MessageButtons buttons,
+                                  const std::string& title, MessageIcon icon,
+                                  int default_button) {
+  Message message;
+  message.prompt = prompt;
+  message.buttons = buttons;
+  message.title = title;
+  message.icon = icon;
+  message.default_button = default_button;
+  return services_.messages->Show(message);
+}
+
+void EditorSession::SetDataChanged(bool changed) {
+  if (data_changed_ == changed) return;
+  data_changed_ = changed;
+  if (observer_.data_changed) observer_.data_changed(changed);
+}
+
+bool EditorSession::IsModified() const {
+  return modified_ || !history_->isClean();
+}
+
+void EditorSession::MarkModified() {
+  modified_ = true;
+  ReportModified();
+}
+
+void EditorSession::MarkSaved() {
+  history_->setClean();
+  modified_ = false;
+  ReportModified();
+}
+
+void EditorSession::StartHistory() {
+  history_->clear();
+  modified_ = false;
+  ReportModified();
+}
+
+void EditorSession::Record(QUndoCommand* command) {
+  history_->push(command);
+}
+
+void EditorSession::ClearHistory() {
+  // What the history held is unsaved unless the history stood at the save.
+  if (!history_->isClean()) modified_ = true;
+  history_->clear();
+  ReportModified();
+}
+
+void EditorSession::SetCopied(int32_t identity, bool cut) {
+  copied_identity_ = identity;
+  copied_was_cut_ = cut;
+}
+
+void EditorSession::ReportModified() {
+  bool now = IsModified();
+  if (now == reported_modified_) return;
+  reported_modified_ = now;
+  if (observer_.modified) observer_.modified(now);
+}
+
+}  // namespace zephyr::editor

@@ -1,0 +1,60 @@
+// The editor's session without a window: unsaved work follows the history
+// and the changes outside it, and the host hears of each change once.
+#include "editor_session.h"
+
+#include <QTest>
+#include <QUndoCommand>
+#include <QUndoStack>
+#include <vector>
+
+#include "helpers/recorders.h"
+
+using zephyr::editor::EditorSession;
+
+class EditorSessionTest : public QObject {
+  Q_OBJECT
+
+ private slots:
+  void unsavedWorkFollowsTheHistoryAndChangesOutsideIt() {
+    QObject owner;
+    std::vector<bool> told;
+    EditorSession session(&owner, {std::make_shared<zephyr::testing::ScriptedMessageBox>()},
+                          {nullptr, [&](bool modified) { told.push_back(modified); }});
+    QVERIFY(!session.IsModified());
+    session.Record(new QUndoCommand(QStringLiteral("first")));
+    QVERIFY(session.IsModified());
+    session.History().undo();
+    QVERIFY(!session.IsModified());  // back where the opening left it
+    session.History().redo();
+    session.MarkSaved();
+    QVERIFY(!session.IsModified());
+    session.History().undo();
+    QVERIFY(session.IsModified());  // the saved files hold the edit
+    session.ClearHistory();
+    QVERIFY(session.IsModified());  // an emptied history leaves its work unsaved
+    session.StartHistory();
+    QVERIFY(!session.IsModified());
+    session.MarkModified();
+    QVERIFY(session.IsModified());
+    QCOMPARE(told, (std::vector<bool>{true, false, true, false, true, false, true}));
+  }
+
+  void anotherPopupForgetsTheCopiedItemAndKeepsTheServices() {
+    QObject owner;
+    auto messages = std::make_shared<zephyr::testing::ScriptedMessageBox>();
+    std::vector<bool> flags;
+    EditorSession session(&owner, {messages}, {[&](bool changed) { flags.push_back(changed); }});
+    session.SetCopied(42, true);
+    session.SetPopup(std::make_shared<zephyr::PopupClass>());
+    QCOMPARE(session.CopiedIdentity(), 0);
+    session.Tell("Hello");
+    QCOMPARE(messages->shown.back().prompt, std::string("Hello"));
+    session.SetDataChanged(true);
+    session.SetDataChanged(true);
+    session.SetDataChanged(false);
+    QCOMPARE(flags, (std::vector<bool>{true, false}));
+  }
+};
+
+QTEST_GUILESS_MAIN(EditorSessionTest)
+#include "editor_session_test.moc"
