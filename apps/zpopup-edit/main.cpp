@@ -7,8 +7,8 @@
 #include <QEventLoop>
 #include <QIcon>
 #include <QLineEdit>
-#include <QMenuBar>
 #include <QMenu>
+#include <QMenuBar>
 #include <QPainter>
 #include <QPixmap>
 #include <QTimer>
@@ -176,8 +176,12 @@ int main(int argc, char** argv) {
   if (batch) window.SetBatch();
   if (!popups.isEmpty() && !window.OpenNamed(popups.first()) && batch) return 2;
   if (parser.isSet(screenshot)) {
-    ScreenshotScene scene{view_name,           parser.value(select),   parser.value(find),
-                          parser.isSet(item_menu), parser.isSet(delete_item), parser.isSet(edit_menu)};
+    ScreenshotScene scene{view_name,
+                          parser.value(select),
+                          parser.value(find),
+                          parser.isSet(item_menu),
+                          parser.isSet(delete_item),
+                          parser.isSet(edit_menu)};
     if (scene.view.isEmpty() &&
         (!scene.select.isEmpty() || !scene.find.isEmpty() || scene.item_menu)) {
       scene.view = QStringLiteral("data");

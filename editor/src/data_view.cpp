@@ -188,7 +188,8 @@ void EditorState::RebuildAddButtons() {
   }
   for (int index = 1; index <= levels; ++index) {
     QPushButton* button = cmdAdd[static_cast<size_t>(index - 1)];
-    button->setText(ToQString(session.Popup()->PopupLevels()->Item(Variant(index))->Question().ToText()));
+    button->setText(
+        ToQString(session.Popup()->PopupLevels()->Item(Variant(index))->Question().ToText()));
     if (index <= 9) button->setToolTip(QStringLiteral("F%1").arg(index));
   }
 }
@@ -287,7 +288,7 @@ void EditorState::DataAfterEdit(const QModelIndex& cell, const QString& text) {
     session.SetDataChanged(true);
     WidenColumnFor(value);
     session.Record(new ChangeValueCommand(*this, item->Identity(), cell.column(), std::move(before),
-                                  ToUtf8(value.data().toString())));
+                                          ToUtf8(value.data().toString())));
     return;
   }
   std::string code(Trim(ToUtf8(text)));
@@ -308,7 +309,7 @@ void EditorState::DataAfterEdit(const QModelIndex& cell, const QString& text) {
   SortRecord sorted = grid->SortChildren(row);
   session.SetDataChanged(true);
   session.Record(new ChangeKeyCommand(*this, item->Identity(), std::move(before), code, was_marked,
-                              std::move(sorted)));
+                                      std::move(sorted)));
   // Key entry flows on into the first value, once this editor has closed.
   QModelIndex next = grid->index(row.row(), cell.column() + 1, row.parent());
   if (next.isValid()) {
@@ -447,8 +448,9 @@ void EditorState::ApplyFind() {
 
 void EditorState::DeleteDataItem() {
   DebugLog(kEditModule, "DeleteDataItem", "Start");
-  if (session.Tell("Are you sure you want to delete this entry and its children?", MessageButtons::kYesNo,
-           "Confirm Delete", MessageIcon::kExclamation, 2) != MessageAnswer::kYes) {
+  if (session.Tell("Are you sure you want to delete this entry and its children?",
+                   MessageButtons::kYesNo, "Confirm Delete", MessageIcon::kExclamation,
+                   2) != MessageAnswer::kYes) {
     return;
   }
   QModelIndex current = DataGrid->currentIndex();
@@ -466,8 +468,8 @@ void EditorState::DeleteDataItem() {
   if (item) detached = session.Popup()->DetachItem(item);
   if (detached.item) {
     session.Record(new DeleteBranchCommand(*this, QStringLiteral("Delete '%1'").arg(NameOf(*item)),
-                                   std::move(detached), parent_identity, position,
-                                   std::move(layout), std::move(expanded)));
+                                           std::move(detached), parent_identity, position,
+                                           std::move(layout), std::move(expanded)));
   } else {
     session.MarkModified();  // a row without an item of the outline: nothing to undo
   }
@@ -475,6 +477,60 @@ void EditorState::DeleteDataItem() {
   if (CurrentIsTitle()) cmdDelete->setEnabled(false);
   // The view moved its current row while the deleted rows were still there.
   EnableDisable();
+}
+
+bool EditorState::eventFilter(QObject* watched, QEvent* event) {
+  bool handled = false;
+  Guarded([&]() { handled = FilterEvent(watched, event); });
+  return handled;
+}
+
+bool EditorState::FilterEvent(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::KeyPress) {
+    auto* key = static_cast<QKeyEvent*>(event);
+    if (watched == static_cast<QObject*>(DataGrid)) {
+      // A key an open editor passed on (Enter ends an edit) reaches the
+      // outline too: it is the editor's, not the outline's.
+      QWidget* focus = QApplication::focusWidget();
+      if (focus && focus != DataGrid && DataGrid->isAncestorOf(focus)) return false;
+      return DataGridKey(key, nullptr);
+    }
+    // The in-place editors of the outline sit in its viewport.
+    auto* widget = qobject_cast<QWidget*>(watched);
+    if (widget && widget->parentWidget() == DataGrid->viewport()) return DataGridKey(key, widget);
+    if (watched == static_cast<QObject*>(txtFind)) return FindBoxKey(*key);
+  }
+  bool step_box = watched == cboStep || (cboStep && watched == cboStep->lineEdit());
+  if (step_box && event->type() == QEvent::FocusOut && !Loading) {
+    auto reason = static_cast<QFocusEvent*>(event)->reason();
+    // Focus lost to a pop-up (the drop-down list itself) is no leaving.
+    if (reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason && StepRefused()) {
+      cboStep->setFocus();
+    }
+  }
+  return QObject::eventFilter(watched, event);
+}
+
+bool EditorState::StepRefused() {
+  std::string text = ToUtf8(cboStep->currentText());
+  const char* message = "Invalid Key Step. Must be Numeric value between 1 and 99";
+  const char* title = "Invalid Key Step";
+  double value = 0;
+  bool refused = false;
+  if (!ParseNumber(text, &value)) {
+    session.Tell(message, MessageButtons::kOk, title);
+    refused = true;
+    value = 0;  // and so also below 1
+  }
+  if (value > 99) {
+    session.Tell(message, MessageButtons::kOk, title);
+    refused = true;
+  }
+  if (value < 1) {
+    session.Tell(message, MessageButtons::kOk, title);
+    refused = true;
+  }
+  return refused;
 }
 
 }  // namespace zephyr::editor

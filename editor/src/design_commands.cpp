@@ -23,10 +23,11 @@ bool ShownDesign::operator==(const ShownDesign& other) const {
                     same_field);
 }
 
-DraftCommand::DraftCommand(EditorState& state, const QString& text, ShownDesign before,
-                           ShownDesign after, bool title_typing)
+DraftCommand::DraftCommand(DesignView& view, EditorSession& session, const QString& text,
+                           ShownDesign before, ShownDesign after, bool title_typing)
     : EditorCommand(text),
-      state_(state),
+      view_(view),
+      session_(session),
       before_(std::move(before)),
       after_(std::move(after)),
       title_typing_(title_typing) {}
@@ -38,14 +39,14 @@ bool DraftCommand::mergeWith(const QUndoCommand* other) {
 }
 
 void DraftCommand::undo() {
-  state_.ShowDraft(before_);
-  state_.session.SetDataChanged(true);
+  view_.ShowDraft(before_);
+  session_.SetDataChanged(true);
 }
 
 void DraftCommand::redo() {
   if (std::exchange(done_, false)) return;
-  state_.ShowDraft(after_);
-  state_.session.SetDataChanged(true);
+  view_.ShowDraft(after_);
+  session_.SetDataChanged(true);
 }
 
 ApplyDesignCommand::ApplyDesignCommand(EditorState& state, ShownDesign draft, DesignState before,
@@ -62,8 +63,8 @@ ApplyDesignCommand::ApplyDesignCommand(EditorState& state, ShownDesign draft, De
 void ApplyDesignCommand::undo() {
   before_.Restore(*state_.session.Popup());
   state_.ShowOutline(outline_, expanded_);
-  state_.LoadTemplateData();
-  state_.ShowDraft(draft_);
+  state_.design->LoadTemplateData();
+  state_.design->ShowDraft(draft_);
   state_.session.SetDataChanged(true);
 }
 
@@ -71,7 +72,7 @@ void ApplyDesignCommand::redo() {
   if (std::exchange(done_, false)) return;
   after_.Restore(*state_.session.Popup());
   state_.outline_stale = true;
-  state_.LoadTemplateData();
+  state_.design->LoadTemplateData();
   state_.session.SetDataChanged(true);
 }
 

@@ -9,13 +9,15 @@
 #include <string>
 #include <vector>
 
-#include "editor_command.h"
 #include "data_grid_model.h"
+#include "editor_command.h"
 #include "zephyr/runtime/design_state.h"
 #include "zephyr/support/variant.h"
 
 namespace zephyr::editor {
 
+class DesignView;
+class EditorSession;
 class EditorState;
 
 // What the design view shows: the title and the working lists, and whether
@@ -46,8 +48,8 @@ struct ShownDesign {
 // command until something else is done.
 class DraftCommand : public EditorCommand {
  public:
-  DraftCommand(EditorState& state, const QString& text, ShownDesign before, ShownDesign after,
-               bool title_typing);
+  DraftCommand(DesignView& view, EditorSession& session, const QString& text, ShownDesign before,
+               ShownDesign after, bool title_typing);
   int View() const override { return kDesignTab; }
   int id() const override { return title_typing_ ? 1 : -1; }
   bool mergeWith(const QUndoCommand* other) override;
@@ -55,7 +57,8 @@ class DraftCommand : public EditorCommand {
   void redo() override;
 
  private:
-  EditorState& state_;
+  DesignView& view_;
+  EditorSession& session_;
   ShownDesign before_, after_;
   bool title_typing_;
   bool done_ = true;

@@ -1,6 +1,6 @@
-// From the editor's screens to the popup's files: the design validation, the
-// save dialog and its checks, and carrying an edited design into the popup
-// and its items.
+// From the editor's screens to the popup's files: the save dialog and its
+// checks, the save itself, and carrying an edited design into the items,
+// undoably.
 #include <unistd.h>
 
 #include <QLineEdit>
@@ -46,44 +46,7 @@ bool CannotSaveTo(const std::string& file) {
   return PathExists(file) && ::access(file.c_str(), W_OK) != 0;
 }
 
-// Logs "Start" once for every call a procedure that walks the tree by
-// calling itself would make: once for the list, then once for the children
-// of each item (of every item, or only of those that have children).
-void LogRecursiveCalls(const char* procedure, PopupItems& items, bool every_item) {
-  DebugLog(kEditModule, procedure, "Start");
-  for (const auto& item : items) {
-    if (item->HasChildren()) {
-      LogRecursiveCalls(procedure, *item->Children(), every_item);
-    } else if (every_item) {
-      DebugLog(kEditModule, procedure, "Start");
-    }
-  }
-}
-
-void MakeCurrentRow(QTableView* view, int row) {
-  if (row < 1) return;
-  QModelIndex cell = view->model()->index(row - 1, 0);
-  view->setCurrentIndex(cell);
-  view->scrollTo(cell);
-}
-
 }  // namespace
-
-bool EditorState::Validate() {
-  DesignDraft draft;
-  draft.title = ToUtf8(txtTitle->text());
-  for (const auto& level : LevelList->Levels()) draft.levels.push_back(level->Question().ToText());
-  int row = 0;
-  for (const auto& field : FieldList->Fields()) {
-    draft.fields.push_back({field->Name(), FieldList->LengthText(row++)});
-  }
-  std::optional<DesignViolation> broken = CheckDesign(draft);
-  if (!broken) return true;
-  session.Tell(broken->message);
-  if (broken->place == DesignPlace::kLevels) MakeCurrentRow(grdLevels, broken->row);
-  if (broken->place == DesignPlace::kFields) MakeCurrentRow(grdFields, broken->row);
-  return false;
-}
 
 bool EditorState::DosFileNameCheck(const std::string& name) {
   DebugLog(kEditModule, "DosFileNameCheck", "Start");
@@ -118,7 +81,8 @@ bool EditorState::SaveChanges(bool save_as) {
       break;
     }
   }
-  std::string file = WithTrailingSlash(session.Popup()->PopupPath()) + session.Popup()->DataSource() + ".zpt";
+  std::string file =
+      WithTrailingSlash(session.Popup()->PopupPath()) + session.Popup()->DataSource() + ".zpt";
   if (CannotSaveTo(file)) {
     session.Tell(
         "You do not have File Access to the file or folder you are saving to. Please contact you "
@@ -139,7 +103,7 @@ bool EditorState::SaveChanges(bool save_as) {
 bool EditorState::SaveData() {
   DebugLog(kEditModule, "SaveData", "Start");
   if (tbsZephyrPopup->currentIndex() == kDesignTab) {
-    if (!Validate()) return false;
+    if (!design->Validate()) return false;
     SaveDesign();
   }
   session.Popup()->WriteTemplate();
@@ -158,90 +122,26 @@ bool EditorState::SaveData() {
 
 void EditorState::SaveDesign() {
   DebugLog(kEditModule, "SaveDesign", "Start");
-  const bool changes_items = FieldsChanged || LevelsChanged;
+  const bool changes_items = design->ChangesItems();
   // The items are about to change under an outline the design view hides:
   // what it showed stays what it prints.
   if (!DataMode && changes_items && !printed_outline) printed_outline = ShownOutline();
   if (!changes_items) {
-    LoadTemplateData();
+    design->LoadTemplateData();
     return;
   }
   // What the change replaces, for its undo: the design as edited, the items
   // and the outline that shows them.
-  ShownDesign edited = CaptureDraft();
+  ShownDesign edited = design->CaptureDraft();
   DesignState before = DesignState::Capture(*session.Popup());
   BranchLayout outline = outline_stale ? BranchLayout{} : grid->WholeLayout();
   std::vector<int32_t> expanded = ExpandedIn(outline);
-  if (FieldsChanged) ChangeFields();
-  if (LevelsChanged) ChangeLevels();
-  LoadTemplateData();
+  design->ApplyToItems();
+  design->LoadTemplateData();
   outline_stale = true;
   session.Record(new ApplyDesignCommand(*this, std::move(edited), std::move(before),
-                                DesignState::Capture(*session.Popup()), std::move(outline),
-                                std::move(expanded)));
-}
-
-void EditorState::ChangeLevels() {
-  DebugLog(kEditModule, "ChangeLevels", "Start");
-  int16_t highest = 0;
-  for (const auto& level : LevelList->Levels()) highest = std::max(highest, level->IntialIndex());
-  DebugLog(kEditModule, "ChangeLevels", "Solved Highest Level");
-  int16_t old_levels = session.Popup()->Levels();
-  if (highest < old_levels) {
-    DebugLog(kEditModule, "ChangeLevels", "HIghest Level < popup levels");
-    session.Popup()->DeleteLevel(static_cast<int16_t>(highest + 1), session.Popup()->PopupItems());
-    DebugLog(kEditModule, "ChangeLevels", "Level Deleted");
-    while (session.Popup()->PopupLevels()->Count() > highest) {
-      session.Popup()->RemoveLastLevel();
-      DebugLog(kEditModule, "ChangeLevels", "Level Deleted");
-    }
-    LevelChangeKeyFormat(session.Popup()->PopupItems());
-  } else {
-    DebugLog(kEditModule, "ChangeLevels", "HIghest Level > popup levels");
-    SaveLevelsCol();
-    DebugLog(kEditModule, "ChangeLevels", "Levels Saved");
-    // Added levels widen every key, so that the saved table can be read back.
-    if (session.Popup()->Levels() != old_levels) LevelChangeKeyFormat(session.Popup()->PopupItems());
-  }
-  session.Popup()->Levels(static_cast<int16_t>(session.Popup()->PopupLevels()->Count()));
-  DebugLog(kEditModule, "ChangeLevels", "Reset objpopuplevels");
-}
-
-void EditorState::LevelChangeKeyFormat(const std::shared_ptr<PopupItems>& items) {
-  if (!items) {
-    DebugLog(kEditModule, "LevelChangeKeyFormat", "Start");
-    return;
-  }
-  if (DebugLogEnabled()) LogRecursiveCalls("LevelChangeKeyFormat", *items, false);
-  FormatKeysToLevels(*items, session.Popup()->Levels());
-}
-
-void EditorState::SaveLevelsCol() {
-  DebugLog(kEditModule, "SaveLevelsCol", "Start");
-  std::vector<PopupClass::LevelSpec> levels;
-  for (const auto& level : LevelList->Levels()) {
-    levels.push_back({level->Question(), level->IntialIndex()});
-  }
-  session.Popup()->ReplaceLevels(levels);
-}
-
-void EditorState::ChangeFields() {
-  DebugLog(kEditModule, "ChangeFields", "Start");
-  std::vector<int16_t> map;
-  for (const auto& field : FieldList->Fields()) map.push_back(field->InitialIndex());
-  if (DebugLogEnabled()) LogRecursiveCalls("ReOrderFields", *session.Popup()->PopupItems(), true);
-  ReorderValues(*session.Popup()->PopupItems(), map);
-  SaveFieldsCol();
-}
-
-void EditorState::SaveFieldsCol() {
-  DebugLog(kEditModule, "SaveFieldsCol", "Start");
-  std::vector<PopupClass::FieldSpec> fields;
-  for (const auto& field : FieldList->Fields()) {
-    fields.push_back(
-        {field->Name(), field->FieldLength(), field->StartCharPos(), field->InitialIndex()});
-  }
-  session.Popup()->ReplaceFields(fields);
+                                        DesignState::Capture(*session.Popup()), std::move(outline),
+                                        std::move(expanded)));
 }
 
 }  // namespace zephyr::editor

@@ -33,8 +33,7 @@ void EditorSession::SetServices(Services services) {
 }
 
 MessageAnswer EditorSession::Tell(const std::string& prompt, MessageButtons buttons,
-                                  const std::string& title, MessageIcon icon,
-                                  int default_button) {
+                                  const std::string& title, MessageIcon icon, int default_button) {
   Message message;
   message.prompt = prompt;
   message.buttons = buttons;

@@ -11,13 +11,14 @@
 #include <string>
 #include <vector>
 
+#include "data_grid_model.h"
 #include "design_commands.h"
+#include "design_list_models.h"
+#include "design_view.h"
 #include "editor_command.h"
 #include "editor_session.h"
 #include "outline_printer.h"
 #include "outline_view.h"
-#include "data_grid_model.h"
-#include "design_list_models.h"
 #include "zephyr/editor/new_key_prompt.h"
 #include "zephyr/editor/popup_control_edit.h"
 #include "zephyr/support/errors.h"
@@ -67,33 +68,13 @@ class EditorState : public QObject {
   void TabClick(int index);
   void EnableDisable();
   void ResizeControls();
-  void SizeFieldColumns();
   // Undoes (or redoes) the next command of the history, showing its view
   // first; nothing when the view cannot be left.
   void StepHistory(bool undo);
 
-  // --- design view ---
-  void ConnectDesignView();
-  void LoadTemplateData();
-  void FillDesignGrids();
-  void TitleChanged();
-  void AddLevelRow();
-  void DeleteLevelRow();
-  void AddFieldRow();
-  void DeleteFieldRow();
-  void MoveField(int step);
-  void LevelRowEntered(int row);
-  void FieldRowEntered(int row);
-  bool LevelEditRefused(const QString& text);
-  // The design view as it stands, and showing one: the rows of the working
-  // lists stand for the popup's levels and fields by their initial index.
-  ShownDesign CaptureDraft() const;
-  void ShowDraft(const ShownDesign& draft);
-  // Records the design view's change since the last record as one command.
-  void RecordDraft(const QString& text, bool title_typing = false);
-  bool StepRefused();
-
   // --- data view ---
+  // The key-step box's check when it loses focus: a step from 1 to 99.
+  bool StepRefused();
   void ConnectDataView();
   // Fills the outline anew when the popup's items changed under it (an
   // opening, an import, an applied design); otherwise it keeps its rows,
@@ -234,16 +215,11 @@ class EditorState : public QObject {
   std::pair<QStringList, std::vector<PrintedRow>> ShownOutline() const;
 
   // --- validation and saving ---
-  bool Validate();
   bool DosFileNameCheck(const std::string& name);
   bool SaveChanges(bool save_as);
   bool SaveData();
+  // Applies the edited design to the items, undoably.
   void SaveDesign();
-  void ChangeLevels();
-  void LevelChangeKeyFormat(const std::shared_ptr<PopupItems>& items);
-  void SaveLevelsCol();
-  void ChangeFields();
-  void SaveFieldsCol();
 
   bool eventFilter(QObject* watched, QEvent* event) override;
   bool FilterEvent(QObject* watched, QEvent* event);
@@ -258,14 +234,8 @@ class EditorState : public QObject {
   bool closing = false;
   bool Loading = false;
   bool Opening = false;
-  bool FieldsChanged = false;
-  bool LevelsChanged = false;
   // The popup's items changed under the outline: it is filled anew when next shown.
   bool outline_stale = true;
-  // The design view as last recorded, and whether a design action is under
-  // way (it records itself when done).
-  ShownDesign recorded_design;
-  bool in_design_action = false;
   uint32_t EditBackColor = kDefaultEditBackColor;
   // The level and parent the next new item receives.
   int16_t AddLevel = 0;
@@ -274,29 +244,12 @@ class EditorState : public QObject {
   // items then changed under it: printing shows the outline as it was.
   std::optional<std::pair<QStringList, std::vector<PrintedRow>>> printed_outline;
 
-  // The working lists and the data view's outline.
-  LevelListModel* LevelList = nullptr;
-  FieldListModel* FieldList = nullptr;
+  // The design view, and the data view's outline.
+  DesignView* design = nullptr;
   DataGridModel* grid = nullptr;
 
   // Child controls, named as the component names them.
   TabStrip* tbsZephyrPopup = nullptr;
-  QFrame* fraDesignMode = nullptr;
-  QGroupBox* fraPopupTitle = nullptr;
-  QLineEdit* txtTitle = nullptr;
-  QGroupBox* fraPopupFields = nullptr;
-  QTableView* grdFields = nullptr;
-  QPushButton* cmdAddField = nullptr;
-  QPushButton* cmdDeleteField = nullptr;
-  QToolButton* cmdUp = nullptr;
-  QToolButton* cmdDown = nullptr;
-  QGroupBox* fraQuestionLevels = nullptr;
-  QTableView* grdLevels = nullptr;
-  QPushButton* cmdAddLevels = nullptr;
-  QPushButton* cmdDeleteLevels = nullptr;
-  QGroupBox* fraImportExport = nullptr;
-  QPushButton* cmdImport = nullptr;
-  QPushButton* cmdExport = nullptr;
   QFrame* FraDataMode = nullptr;
   QFrame* fraButtons = nullptr;
   QLabel* lblAdd = nullptr;

@@ -87,7 +87,7 @@ std::optional<std::string> EditorState::PickWorkbook() {
 void EditorState::ImportFromExcel() {
   DebugLog(kEditModule, "cmdImport_Click", "Start");
   if (session.DataChanged() && !DataMode) {
-    if (!Validate()) return;
+    if (!design->Validate()) return;
     SaveDesign();
   }
   std::optional<std::string> workbook = PickWorkbook();
@@ -109,15 +109,15 @@ void EditorState::ImportFromExcel() {
     session.SetPopup(imported);
     PopupReplaced();
     session.SetDataChanged(true);
-    session.Record(new ImportCommand(*this, std::move(replaced), std::move(imported), std::move(outline),
-                             std::move(expanded)));
+    session.Record(new ImportCommand(*this, std::move(replaced), std::move(imported),
+                                     std::move(outline), std::move(expanded)));
   }
-  SizeFieldColumns();
+  design->SizeFieldColumns();
 }
 
 void EditorState::PopupReplaced() {
   outline_stale = true;
-  LoadTemplateData();
+  design->LoadTemplateData();
   if (DataMode) {
     LoadDataMode();  // refills the outline
   } else {
@@ -131,20 +131,23 @@ std::string EditorState::ExportToExcel() {
   DebugLog(kEditModule, "cmdExport_Click", "Start");
   // The workbook shows the design as edited, so it is checked and applied first.
   if (!DataMode) {
-    if (!Validate()) return {};
+    if (!design->Validate()) return {};
     SaveDesign();
   }
   FileDialogRequest request;
   request.title = "Export To Excel";
   request.filter = "Excel Workbook (*.xlsx)|*.xlsx";
   request.initial_folder = session.Popup()->PopupPath();
-  request.file_name = session.Popup()->DataSource().empty() ? std::string() : session.Popup()->DataSource() + ".xlsx";
+  request.file_name = session.Popup()->DataSource().empty()
+                          ? std::string()
+                          : session.Popup()->DataSource() + ".xlsx";
   request.default_extension = "xlsx";
   std::string path;
   if (!ShowSave(*session.services().file_dialog, path, request)) return {};
   excel::ExportReport report = excel::ExportToWorkbook(*session.Popup(), path);
-  session.Tell(ExportSummary(report, path), MessageButtons::kOk, "Export To Excel",
-       report.cannot_round_trip.empty() ? MessageIcon::kInformation : MessageIcon::kExclamation);
+  session.Tell(
+      ExportSummary(report, path), MessageButtons::kOk, "Export To Excel",
+      report.cannot_round_trip.empty() ? MessageIcon::kInformation : MessageIcon::kExclamation);
   return path;
 }
 

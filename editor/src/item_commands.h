@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "editor_command.h"
 #include "data_grid_model.h"
+#include "editor_command.h"
 #include "zephyr/runtime/popup_class.h"
 
 namespace zephyr::editor {

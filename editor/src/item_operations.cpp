@@ -92,8 +92,8 @@ void EditorState::AddGridRow(const QModelIndex& parent_row, const std::shared_pt
   DataGrid->expand(row.parent());
   SortRecord sorted = SortTree();
   SelectItemRow(item);
-  session.Record(new AddBranchCommand(*this, text, item->Identity(), current_before, parent_was_expanded,
-                              std::move(sorted)));
+  session.Record(new AddBranchCommand(*this, text, item->Identity(), current_before,
+                                      parent_was_expanded, std::move(sorted)));
 }
 
 void EditorState::AddChild() {
@@ -203,8 +203,8 @@ void EditorState::ShowAddedBranch(const std::shared_ptr<PopupItem>& added, const
   DataGrid->expand(copied.parent());
   DataGrid->expandRecursively(copied);
   SelectItemRow(added);
-  session.Record(new AddBranchCommand(*this, text, added->Identity(), current_before, parent_was_expanded,
-                              std::move(sorted)));
+  session.Record(new AddBranchCommand(*this, text, added->Identity(), current_before,
+                                      parent_was_expanded, std::move(sorted)));
 }
 
 void EditorState::CloneNewItem(const std::shared_ptr<PopupItem>& target,
@@ -253,10 +253,11 @@ void EditorState::Paste() {
     return;
   }
   auto parent = current->Level() == 1 ? nullptr : current->Parent();
-  std::string code = NewCode(*session.Popup()->SiblingsOf(*current), KeyStep(), OwnCode(current->PopupKey()));
+  std::string code =
+      NewCode(*session.Popup()->SiblingsOf(*current), KeyStep(), OwnCode(current->PopupKey()));
   if (code.empty()) return;
   session.Record(new ReparentCommand(*this, QStringLiteral("Move '%1'").arg(NameOf(*source)),
-                             source->Identity(), parent ? parent->Identity() : 0, code));
+                                     source->Identity(), parent ? parent->Identity() : 0, code));
 }
 
 QModelIndex EditorState::MoveNeighbour(int step) const {
@@ -291,8 +292,9 @@ bool EditorState::TooDeep(const std::shared_ptr<PopupItem>& item, int level, con
     deepest = std::max<int>(deepest, entry.level);
   }
   if (deepest - item->Level() + level <= session.Popup()->Levels()) return false;
-  session.Tell(std::string("The item cannot be ") + what + ": its branch would go below the popup's " +
-       std::to_string(session.Popup()->Levels()) + " levels.");
+  session.Tell(std::string("The item cannot be ") + what +
+               ": its branch would go below the popup's " +
+               std::to_string(session.Popup()->Levels()) + " levels.");
   return true;
 }
 
@@ -340,7 +342,7 @@ void EditorState::DropItem(const QModelIndex& target, OutlineView::DropPlace pla
     ShowAddedBranch(added, QStringLiteral("Copy '%1' with Children").arg(NameOf(*item)));
   } else {
     session.Record(new ReparentCommand(*this, QStringLiteral("Move '%1'").arg(NameOf(*item)),
-                               item->Identity(), parent ? parent->Identity() : 0, code));
+                                       item->Identity(), parent ? parent->Identity() : 0, code));
   }
 }
 
@@ -353,7 +355,7 @@ void EditorState::Indent() {
   std::string code = NewCode(*parent->Children(), KeyStep(), "");
   if (code.empty()) return;
   session.Record(new ReparentCommand(*this, QStringLiteral("Indent '%1'").arg(NameOf(*item)),
-                             item->Identity(), parent->Identity(), code));
+                                     item->Identity(), parent->Identity(), code));
 }
 
 void EditorState::Outdent() {
@@ -361,11 +363,13 @@ void EditorState::Outdent() {
   if (!item || item->Level() < 2) return;
   auto parent = item->Parent();
   if (!parent) return;
-  std::string code = NewCode(*session.Popup()->SiblingsOf(*parent), KeyStep(), OwnCode(parent->PopupKey()));
+  std::string code =
+      NewCode(*session.Popup()->SiblingsOf(*parent), KeyStep(), OwnCode(parent->PopupKey()));
   if (code.empty()) return;
   auto grandparent = parent->Level() == 1 ? nullptr : parent->Parent();
   session.Record(new ReparentCommand(*this, QStringLiteral("Outdent '%1'").arg(NameOf(*item)),
-                             item->Identity(), grandparent ? grandparent->Identity() : 0, code));
+                                     item->Identity(), grandparent ? grandparent->Identity() : 0,
+                                     code));
 }
 
 void EditorState::CopyToClipboard(bool cut) {

@@ -21,6 +21,7 @@
 #include <algorithm>
 
 #include "editor_state.h"
+#include "named_widget.h"
 #include "tab_strip.h"
 #include "zephyr/editor/new_key_dialog.h"
 #include "zephyr/platform/form_progress.h"
@@ -32,12 +33,6 @@
 namespace zephyr::editor {
 
 namespace {
-
-template <typename Widget>
-Widget* Named(Widget* widget, const char* name) {
-  widget->setObjectName(QString::fromLatin1(name));
-  return widget;
-}
 
 QAction* NamedAction(QMenu* menu, const char* name, const char* caption) {
   QAction* action = menu->addAction(QString::fromLatin1(caption));
@@ -65,8 +60,7 @@ std::shared_ptr<NewKeyPrompt> EditorState::DefaultNewKeyPrompt() {
 EditorState::~EditorState() = default;
 
 void EditorState::BuildControls() {
-  LevelList = new LevelListModel(this);
-  FieldList = new FieldListModel(this);
+  design = new DesignView(*this, session);
   grid = new DataGridModel(this);
   QUndoStack* history = &session.History();
   connect(history, &QUndoStack::canUndoChanged, q, &PopupControlEdit::canUndoChanged);
@@ -79,87 +73,7 @@ void EditorState::BuildControls() {
   tbsZephyrPopup->addTab(QStringLiteral("Popup Data View"));
   outer->addWidget(tbsZephyrPopup);
 
-  // Design view.
-  fraDesignMode = Named(new QFrame(q), "fraDesignMode");
-  auto* design = new QVBoxLayout(fraDesignMode);
-  fraPopupTitle =
-      Named(new QGroupBox(QStringLiteral("Popup Title"), fraDesignMode), "fraPopupTitle");
-  txtTitle = Named(new QLineEdit(QStringLiteral("TestText"), fraPopupTitle), "txtTitle");
-  (new QHBoxLayout(fraPopupTitle))->addWidget(txtTitle);
-  design->addWidget(fraPopupTitle);
-
-  auto* lists = new QHBoxLayout();
-  fraQuestionLevels =
-      Named(new QGroupBox(QStringLiteral("Order and Questions to ask"), fraDesignMode),
-            "fraQuestionLevels");
-  grdLevels = Named(new QTableView(fraQuestionLevels), "grdLevels");
-  cmdAddLevels = Named(new QPushButton(QStringLiteral("Add"), fraQuestionLevels), "cmdAddLevels");
-  cmdDeleteLevels =
-      Named(new QPushButton(QStringLiteral("Delete"), fraQuestionLevels), "cmdDeleteLevels");
-  auto* levels_layout = new QVBoxLayout(fraQuestionLevels);
-  levels_layout->addWidget(grdLevels);
-  auto* level_buttons = new QHBoxLayout();
-  level_buttons->addWidget(cmdAddLevels);
-  level_buttons->addWidget(cmdDeleteLevels);
-  level_buttons->addStretch();
-  levels_layout->addLayout(level_buttons);
-  lists->addWidget(fraQuestionLevels, 1);
-
-  fraPopupFields = Named(new QGroupBox(QStringLiteral("Popup Database Fields"), fraDesignMode),
-                         "fraPopupFields");
-  grdFields = Named(new QTableView(fraPopupFields), "grdFields");
-  cmdAddField = Named(new QPushButton(QStringLiteral("Add"), fraPopupFields), "cmdAddField");
-  cmdDeleteField =
-      Named(new QPushButton(QStringLiteral("Delete"), fraPopupFields), "cmdDeleteField");
-  cmdUp = Named(new QToolButton(fraPopupFields), "cmdUp");
-  cmdUp->setArrowType(Qt::UpArrow);
-  cmdUp->setToolTip(QStringLiteral("Move the field up"));
-  cmdDown = Named(new QToolButton(fraPopupFields), "cmdDown");
-  cmdDown->setArrowType(Qt::DownArrow);
-  cmdDown->setToolTip(QStringLiteral("Move the field down"));
-  auto* fields_layout = new QVBoxLayout(fraPopupFields);
-  fields_layout->addWidget(grdFields);
-  auto* field_buttons = new QHBoxLayout();
-  field_buttons->addWidget(cmdAddField);
-  field_buttons->addWidget(cmdDeleteField);
-  field_buttons->addStretch();
-  field_buttons->addWidget(cmdUp);
-  field_buttons->addWidget(cmdDown);
-  fields_layout->addLayout(field_buttons);
-  lists->addWidget(fraPopupFields, 1);
-  design->addLayout(lists, 1);
-
-  fraImportExport = Named(new QGroupBox(fraDesignMode), "fraImportExport");
-  cmdImport =
-      Named(new QPushButton(QStringLiteral("Import From Excel"), fraImportExport), "cmdImport");
-  cmdImport->setToolTip(QStringLiteral("Imports Data from the Currently Active Sheet in Excel"));
-  cmdExport =
-      Named(new QPushButton(QStringLiteral("Export To Excel"), fraImportExport), "cmdExport");
-  cmdExport->setToolTip(
-      QStringLiteral("Exports Data to a new Sheet in the Current Excel Document"));
-  auto* exchange = new QHBoxLayout(fraImportExport);
-  exchange->addWidget(cmdImport);
-  exchange->addWidget(cmdExport);
-  exchange->addStretch();
-  design->addWidget(fraImportExport);
-  outer->addWidget(fraDesignMode, 1);
-
-  for (QTableView* view : {grdLevels, grdFields}) {
-    view->setSelectionBehavior(QAbstractItemView::SelectRows);
-    view->setSelectionMode(QAbstractItemView::SingleSelection);
-    view->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
-                          QAbstractItemView::AnyKeyPressed);
-    view->verticalHeader()->setVisible(false);
-    // Tab leaves the grid for its buttons, so the design can be made from
-    // the keyboard.
-    view->setTabKeyNavigation(false);
-    view->horizontalHeader()->setHighlightSections(false);
-  }
-  grdLevels->setModel(LevelList);
-  grdLevels->horizontalHeader()->setStretchLastSection(true);
-  grdFields->setModel(FieldList);
-  grdFields->horizontalHeader()->setStretchLastSection(true);
-  grdFields->viewport()->installEventFilter(this);
+  outer->addWidget(design->Build(q), 1);
 
   // Data view.
   FraDataMode = Named(new QFrame(q), "FraDataMode");
@@ -241,9 +155,6 @@ void EditorState::BuildControls() {
   mnuIndent = NamedAction(mnuPopupAction, "mnuIndent", "Indent\tAlt+Shift+Right");
   mnuOutdent = NamedAction(mnuPopupAction, "mnuOutdent", "Outdent\tAlt+Shift+Left");
 
-  On(cmdImport, &QPushButton::clicked, [this]() { ImportFromExcel(); });
-  On(cmdExport, &QPushButton::clicked, [this]() { ExportToExcel(); });
-  ConnectDesignView();
   ConnectDataView();
   // A check that fails with an error keeps the view, as a failed validation does.
   tbsZephyrPopup->SetBeforeClick([this](int target) {
@@ -315,16 +226,16 @@ void EditorState::OpenPopup(const std::string& path, const std::string& file) {
   session.SetPopup(std::move(opened));
   session.StartHistory();  // the last popup's history, saved or not, goes with it
   if (!session.SourceFile().empty()) {
-    LoadTemplateData();
+    design->LoadTemplateData();
     LoadDesignMode();
     tbsZephyrPopup->SelectTab(kDataTab);
     LoadDataMode();
     LoadDataGrid();
   } else {
-    LoadTemplateData();
+    design->LoadTemplateData();
     tbsZephyrPopup->SelectTab(kDesignTab);
     LoadDesignMode();
-    txtTitle->setFocus();  // a new popup starts with its title
+    design->FocusTitle();  // a new popup starts with its title
   }
 }
 
@@ -332,19 +243,19 @@ void EditorState::LoadDesignMode() {
   emit q->BeforeDesignMode();
   Loading = true;
   DataMode = false;
-  FillDesignGrids();
+  design->FillDesignGrids();
   // One view at a time: both shown at once would make the window as tall as both.
   FraDataMode->setVisible(false);
-  fraDesignMode->setVisible(true);
+  design->Frame()->setVisible(true);
   Loading = false;
   ResizeControls();
-  SizeFieldColumns();
+  design->SizeFieldColumns();
 }
 
 void EditorState::LoadDataMode() {
   emit q->BeforeDataMode();
   Loading = true;
-  fraDesignMode->setVisible(false);
+  design->Frame()->setVisible(false);
   FraDataMode->setVisible(true);
   // A step that is none of the list's entries falls back to "10".
   if (cboStep->findText(cboStep->currentText()) < 0) cboStep->setCurrentIndex(5);
@@ -361,7 +272,7 @@ void EditorState::LoadDataMode() {
 bool EditorState::TabBeforeClick(int target) {
   (void)target;
   if (Opening || tbsZephyrPopup->currentIndex() != kDesignTab) return false;
-  if (!Validate()) return true;
+  if (!design->Validate()) return true;
   SaveDesign();
   return false;
 }
@@ -376,15 +287,7 @@ void EditorState::TabClick(int index) {
       LoadDataMode();
     }
   }
-  SizeFieldColumns();
-}
-
-void EditorState::SizeFieldColumns() {
-  int width = grdFields->viewport()->width();
-  grdFields->resizeColumnToContents(1);
-  // The name takes 85% unless the length column would then not fit.
-  int name_width = static_cast<int>(width * 0.85);
-  grdFields->setColumnWidth(0, std::min(name_width, width - grdFields->columnWidth(1)));
+  design->SizeFieldColumns();
 }
 
 void EditorState::ResizeControls() {
@@ -551,16 +454,16 @@ void PopupControlEdit::SaveDesign() {
   state_->SaveDesign();
 }
 void PopupControlEdit::ChangeFields() {
-  state_->ChangeFields();
+  state_->design->ChangeFields();
 }
 void PopupControlEdit::LevelChangeKeyFormat(const std::shared_ptr<PopupItems>& Popupitems) {
-  state_->LevelChangeKeyFormat(Popupitems);
+  state_->design->LevelChangeKeyFormat(Popupitems);
 }
 bool PopupControlEdit::SaveData() {
   return state_->SaveData();
 }
 bool PopupControlEdit::Validate() {
-  return state_->Validate();
+  return state_->design->Validate();
 }
 
 uint PopupControlEdit::EditBackColor() const {

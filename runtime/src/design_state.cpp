@@ -51,7 +51,8 @@ DesignState DesignState::Capture(PopupClass& popup) {
     std::shared_ptr<PopupItem> item = std::move(pending.back());
     pending.pop_back();
     ItemState saved{item, item->PopupKey(), item->Level(), {}, {}};
-    ItemAccess::VisitValues(*item, [&](std::string_view value) { saved.values.emplace_back(value); });
+    ItemAccess::VisitValues(*item,
+                            [&](std::string_view value) { saved.values.emplace_back(value); });
     if (item->HasChildren()) saved.children = SiblingsIn(*item->Children());
     for (auto it = saved.children.rbegin(); it != saved.children.rend(); ++it) {
       pending.push_back(it->item);
