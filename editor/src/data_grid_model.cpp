@@ -5,8 +5,8 @@
 #include <functional>
 #include <utility>
 
-#include "node_index.h"
 #include "design_list_models.h"
+#include "node_index.h"
 #include "zephyr/runtime/popup_key.h"
 
 namespace zephyr::editor {

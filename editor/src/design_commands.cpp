@@ -62,7 +62,7 @@ ApplyDesignCommand::ApplyDesignCommand(EditorState& state, ShownDesign draft, De
 
 void ApplyDesignCommand::undo() {
   before_.Restore(*state_.session.Popup());
-  state_.ShowOutline(outline_, expanded_);
+  state_.data->ShowOutline(outline_, expanded_);
   state_.design->LoadTemplateData();
   state_.design->ShowDraft(draft_);
   state_.session.SetDataChanged(true);
@@ -71,7 +71,7 @@ void ApplyDesignCommand::undo() {
 void ApplyDesignCommand::redo() {
   if (std::exchange(done_, false)) return;
   after_.Restore(*state_.session.Popup());
-  state_.outline_stale = true;
+  state_.data->SetOutlineStale();
   state_.design->LoadTemplateData();
   state_.session.SetDataChanged(true);
 }
@@ -89,7 +89,7 @@ ImportCommand::ImportCommand(EditorState& state, std::shared_ptr<PopupClass> bef
 void ImportCommand::undo() {
   state_.session.SetPopup(before_);
   state_.PopupReplaced();
-  state_.ShowOutline(outline_, expanded_);
+  state_.data->ShowOutline(outline_, expanded_);
   state_.session.SetDataChanged(true);
 }
 

@@ -108,7 +108,7 @@ bool EditorState::SaveData() {
   }
   session.Popup()->WriteTemplate();
   session.Popup()->SavePopup();
-  for (int32_t identity : grid->IdentitiesInGridOrder()) {
+  for (int32_t identity : data->Grid().IdentitiesInGridOrder()) {
     session.Popup()->SetSelectedItem(std::to_string(identity));
     // A row whose item went with a deleted level has nothing to write (the
     // history may keep the item itself alive).
@@ -125,7 +125,7 @@ void EditorState::SaveDesign() {
   const bool changes_items = design->ChangesItems();
   // The items are about to change under an outline the design view hides:
   // what it showed stays what it prints.
-  if (!DataMode && changes_items && !printed_outline) printed_outline = ShownOutline();
+  if (!DataMode && changes_items) data->KeepPrintedOutline();
   if (!changes_items) {
     design->LoadTemplateData();
     return;
@@ -134,11 +134,11 @@ void EditorState::SaveDesign() {
   // and the outline that shows them.
   ShownDesign edited = design->CaptureDraft();
   DesignState before = DesignState::Capture(*session.Popup());
-  BranchLayout outline = outline_stale ? BranchLayout{} : grid->WholeLayout();
-  std::vector<int32_t> expanded = ExpandedIn(outline);
+  BranchLayout outline = data->OutlineLayout();
+  std::vector<int32_t> expanded = data->ExpandedIn(outline);
   design->ApplyToItems();
   design->LoadTemplateData();
-  outline_stale = true;
+  data->SetOutlineStale();
   session.Record(new ApplyDesignCommand(*this, std::move(edited), std::move(before),
                                         DesignState::Capture(*session.Popup()), std::move(outline),
                                         std::move(expanded)));

@@ -103,8 +103,8 @@ void EditorState::ImportFromExcel() {
   imported->SetMessageBox(services.messages);
   imported->SetProgress(services.progress);
   if (excel::ExcelImport(*imported, *workbook, ui)) {
-    BranchLayout outline = outline_stale ? BranchLayout{} : grid->WholeLayout();
-    std::vector<int32_t> expanded = ExpandedIn(outline);
+    BranchLayout outline = data->OutlineLayout();
+    std::vector<int32_t> expanded = data->ExpandedIn(outline);
     std::shared_ptr<PopupClass> replaced = session.Popup();
     session.SetPopup(imported);
     PopupReplaced();
@@ -116,13 +116,13 @@ void EditorState::ImportFromExcel() {
 }
 
 void EditorState::PopupReplaced() {
-  outline_stale = true;
+  data->SetOutlineStale();
   design->LoadTemplateData();
   if (DataMode) {
     LoadDataMode();  // refills the outline
   } else {
     // The outline is what a save writes, so it is refilled here too.
-    LoadDataGrid();
+    data->LoadDataGrid();
     LoadDesignMode();
   }
 }

@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "editor_state.h"
+#include "data_view.h"
+#include "design_list_models.h"
+#include "editor_session.h"
 #include "zephyr/runtime/popup_key.h"
 
 namespace zephyr::editor {
@@ -24,14 +26,14 @@ void ItemCommand::redo() {
 void ItemCommand::Done() {
   // Unsaved work follows the history's clean state; the component's flag is
   // set by every edit.
-  state_.session.SetDataChanged(true);
+  view_.Session().SetDataChanged(true);
   // The current row may have kept its place while its neighbours changed.
-  state_.EnableDisable();
+  view_.EnableDisable();
 }
 
-ChangeValueCommand::ChangeValueCommand(EditorState& state, int32_t identity, int column,
+ChangeValueCommand::ChangeValueCommand(DataView& view, int32_t identity, int column,
                                        std::string before, std::string after)
-    : ItemCommand(state,
+    : ItemCommand(view,
                   QStringLiteral("Change '%1' to '%2'").arg(ToQString(before), ToQString(after))),
       identity_(identity),
       column_(column),
@@ -47,15 +49,15 @@ void ChangeValueCommand::Redo() {
 }
 
 void ChangeValueCommand::Show(const std::string& text) {
-  QModelIndex cell = state_.RowOf(identity_).siblingAtColumn(column_);
-  state_.grid->SetValue(cell, text);
-  state_.WidenColumnFor(cell);
-  state_.DataGrid->setCurrentIndex(cell);
+  QModelIndex cell = view_.RowOf(identity_).siblingAtColumn(column_);
+  view_.Grid().SetValue(cell, text);
+  view_.WidenColumnFor(cell);
+  view_.Outline().setCurrentIndex(cell);
 }
 
-ChangeKeyCommand::ChangeKeyCommand(EditorState& state, int32_t identity, std::string before,
+ChangeKeyCommand::ChangeKeyCommand(DataView& view, int32_t identity, std::string before,
                                    std::string after, bool was_marked, SortRecord sorted)
-    : ItemCommand(state,
+    : ItemCommand(view,
                   QStringLiteral("Change Key %1 to %2").arg(ToQString(before), ToQString(after))),
       identity_(identity),
       before_(std::move(before)),
@@ -64,123 +66,123 @@ ChangeKeyCommand::ChangeKeyCommand(EditorState& state, int32_t identity, std::st
       sorted_(std::move(sorted)) {}
 
 void ChangeKeyCommand::Undo() {
-  QModelIndex row = state_.RowOf(identity_);
-  state_.grid->RestoreOrder(sorted_);
+  QModelIndex row = view_.RowOf(identity_);
+  view_.Grid().RestoreOrder(sorted_);
   auto item = FindItemByIdentity(identity_);
-  state_.session.Popup()->ModifyKey(before_, item, item->Level());
-  state_.grid->KeyChanged(row, was_marked_);
-  state_.DataGrid->setCurrentIndex(row);
+  view_.Session().Popup()->ModifyKey(before_, item, item->Level());
+  view_.Grid().KeyChanged(row, was_marked_);
+  view_.Outline().setCurrentIndex(row);
 }
 
 void ChangeKeyCommand::Redo() {
-  QModelIndex row = state_.RowOf(identity_);
+  QModelIndex row = view_.RowOf(identity_);
   auto item = FindItemByIdentity(identity_);
-  state_.session.Popup()->ModifyKey(after_, item, item->Level());
-  state_.grid->KeyChanged(row);
-  sorted_ = state_.grid->SortChildren(row);
-  state_.DataGrid->setCurrentIndex(row);
+  view_.Session().Popup()->ModifyKey(after_, item, item->Level());
+  view_.Grid().KeyChanged(row);
+  sorted_ = view_.Grid().SortChildren(row);
+  view_.Outline().setCurrentIndex(row);
 }
 
-AddBranchCommand::AddBranchCommand(EditorState& state, const QString& text, int32_t identity,
+AddBranchCommand::AddBranchCommand(DataView& view, const QString& text, int32_t identity,
                                    int32_t current_before, bool parent_was_expanded,
                                    SortRecord sorted)
-    : ItemCommand(state, text),
+    : ItemCommand(view, text),
       identity_(identity),
-      parent_identity_(state.IdentityOf(state.RowOf(identity).parent())),
+      parent_identity_(view.IdentityOf(view.RowOf(identity).parent())),
       current_before_(current_before),
       parent_was_expanded_(parent_was_expanded),
       sorted_(std::move(sorted)) {}
 
 void AddBranchCommand::Undo() {
-  state_.grid->RestoreOrder(sorted_);
-  QModelIndex row = state_.RowOf(identity_);
+  view_.Grid().RestoreOrder(sorted_);
+  QModelIndex row = view_.RowOf(identity_);
   row_ = row.row();
-  layout_ = state_.grid->LayoutOf(row);
-  expanded_ = state_.ExpandedIn(layout_);
-  state_.grid->RemoveRow(row);
-  detached_ = state_.session.Popup()->DetachItem(FindItemByIdentity(identity_));
-  if (!parent_was_expanded_) state_.DataGrid->collapse(state_.RowOf(parent_identity_));
-  state_.MakeRowCurrent(current_before_);
+  layout_ = view_.Grid().LayoutOf(row);
+  expanded_ = view_.ExpandedIn(layout_);
+  view_.Grid().RemoveRow(row);
+  detached_ = view_.Session().Popup()->DetachItem(FindItemByIdentity(identity_));
+  if (!parent_was_expanded_) view_.Outline().collapse(view_.RowOf(parent_identity_));
+  view_.MakeRowCurrent(current_before_);
 }
 
 void AddBranchCommand::Redo() {
-  state_.session.Popup()->ReattachItem(detached_);
+  view_.Session().Popup()->ReattachItem(detached_);
   detached_ = {};
-  QModelIndex parent = state_.RowOf(parent_identity_);
-  state_.grid->InsertLayout(parent, row_, layout_);
-  state_.DataGrid->expand(parent);
-  state_.Expand(expanded_);
-  sorted_ = state_.grid->SortTree();
-  state_.MakeRowCurrent(identity_);
+  QModelIndex parent = view_.RowOf(parent_identity_);
+  view_.Grid().InsertLayout(parent, row_, layout_);
+  view_.Outline().expand(parent);
+  view_.Expand(expanded_);
+  sorted_ = view_.Grid().SortTree();
+  view_.MakeRowCurrent(identity_);
 }
 
-MoveCommand::MoveCommand(EditorState& state, const QString& text, int32_t moved, int32_t neighbour)
-    : ItemCommand(state, text, false), moved_(moved), neighbour_(neighbour) {}
+MoveCommand::MoveCommand(DataView& view, const QString& text, int32_t moved, int32_t neighbour)
+    : ItemCommand(view, text, false), moved_(moved), neighbour_(neighbour) {}
 
 void MoveCommand::Trade() {
   auto moved = FindItemByIdentity(moved_);
   auto neighbour = FindItemByIdentity(neighbour_);
   std::string moved_code = OwnCode(moved->PopupKey());
-  state_.session.Popup()->ModifyKey(OwnCode(neighbour->PopupKey()), moved, moved->Level());
-  state_.session.Popup()->ModifyKey(moved_code, neighbour, neighbour->Level());
-  int column = std::max(state_.DataGrid->currentIndex().column(), 0);
-  state_.grid->SwapRows(state_.RowOf(moved_), state_.RowOf(neighbour_));
-  state_.DataGrid->setCurrentIndex(state_.RowOf(moved_).siblingAtColumn(column));
+  view_.Session().Popup()->ModifyKey(OwnCode(neighbour->PopupKey()), moved, moved->Level());
+  view_.Session().Popup()->ModifyKey(moved_code, neighbour, neighbour->Level());
+  int column = std::max(view_.Outline().currentIndex().column(), 0);
+  view_.Grid().SwapRows(view_.RowOf(moved_), view_.RowOf(neighbour_));
+  view_.Outline().setCurrentIndex(view_.RowOf(moved_).siblingAtColumn(column));
 }
 
-ReparentCommand::ReparentCommand(EditorState& state, const QString& text, int32_t moved,
+ReparentCommand::ReparentCommand(DataView& view, const QString& text, int32_t moved,
                                  int32_t new_parent, std::string code)
-    : ItemCommand(state, text),
+    : ItemCommand(view, text),
       moved_(moved),
       new_parent_(new_parent),
       code_(std::move(code)),
-      keys_(state.session.Popup()->KeysOf(FindItemByIdentity(moved))) {
+      keys_(view.Session().Popup()->KeysOf(FindItemByIdentity(moved))) {
   Redo();
 }
 
 void ReparentCommand::Redo() {
   auto item = FindItemByIdentity(moved_);
   auto parent = new_parent_ == 0 ? nullptr : FindItemByIdentity(new_parent_);
-  auto siblings = parent ? parent->Children() : state_.session.Popup()->PopupItems();
-  if (siblings->Item(Variant(state_.session.Popup()->KeyUnder(parent, code_)))) {
+  auto siblings = parent ? parent->Children() : view_.Session().Popup()->PopupItems();
+  if (siblings->Item(Variant(view_.Session().Popup()->KeyUnder(parent, code_)))) {
     throw RuntimeError(RuntimeErrorCode::kDuplicateKey,
-                       "key '" + state_.session.Popup()->KeyUnder(parent, code_) + "'");
+                       "key '" + view_.Session().Popup()->KeyUnder(parent, code_) + "'");
   }
-  QModelIndex row = state_.RowOf(moved_);
-  old_parent_ = state_.IdentityOf(row.parent());
+  QModelIndex row = view_.RowOf(moved_);
+  old_parent_ = view_.IdentityOf(row.parent());
   old_row_ = row.row();
-  layout_ = state_.grid->LayoutOf(row);
-  expanded_ = state_.ExpandedIn(layout_);
-  state_.grid->RemoveRow(row);
-  detached_ = state_.session.Popup()->DetachItem(item);
-  state_.session.Popup()->AppendBranch(item, parent, code_);
-  QModelIndex parent_row = state_.RowOf(new_parent_);
-  state_.grid->InsertLayout(parent_row, state_.grid->rowCount(parent_row), layout_);
-  state_.DataGrid->expand(parent_row);
-  state_.Expand(expanded_);
-  sorted_ = state_.grid->SortTree();
-  state_.MakeRowCurrent(moved_);
+  layout_ = view_.Grid().LayoutOf(row);
+  expanded_ = view_.ExpandedIn(layout_);
+  view_.Grid().RemoveRow(row);
+  detached_ = view_.Session().Popup()->DetachItem(item);
+  view_.Session().Popup()->AppendBranch(item, parent, code_);
+  QModelIndex parent_row = view_.RowOf(new_parent_);
+  view_.Grid().InsertLayout(parent_row, view_.Grid().rowCount(parent_row), layout_);
+  view_.Outline().expand(parent_row);
+  view_.Expand(expanded_);
+  sorted_ = view_.Grid().SortTree();
+  view_.MakeRowCurrent(moved_);
 }
 
 void ReparentCommand::Undo() {
-  state_.grid->RestoreOrder(sorted_);
+  view_.Grid().RestoreOrder(sorted_);
   auto item = FindItemByIdentity(moved_);
-  state_.grid->RemoveRow(state_.RowOf(moved_));
-  state_.session.Popup()->DetachItem(item);
-  state_.session.Popup()->RestoreKeys(keys_);
-  state_.session.Popup()->ReattachItem(detached_);
-  QModelIndex old_parent = state_.RowOf(old_parent_);
-  state_.grid->InsertLayout(old_parent, old_row_, layout_);
-  state_.DataGrid->expand(old_parent);
-  state_.Expand(expanded_);
-  state_.MakeRowCurrent(moved_);
+  view_.Grid().RemoveRow(view_.RowOf(moved_));
+  view_.Session().Popup()->DetachItem(item);
+  view_.Session().Popup()->RestoreKeys(keys_);
+  view_.Session().Popup()->ReattachItem(detached_);
+  QModelIndex old_parent = view_.RowOf(old_parent_);
+  view_.Grid().InsertLayout(old_parent, old_row_, layout_);
+  view_.Outline().expand(old_parent);
+  view_.Expand(expanded_);
+  view_.MakeRowCurrent(moved_);
 }
 
-DeleteBranchCommand::DeleteBranchCommand(EditorState& state, const QString& text,
+DeleteBranchCommand::DeleteBranchCommand(DataView& view, const QString& text,
                                          PopupClass::DetachedItem detached, int32_t parent_identity,
                                          int row, BranchLayout layout,
                                          std::vector<int32_t> expanded)
-    : ItemCommand(state, text),
+    : ItemCommand(view, text),
       detached_(std::move(detached)),
       identity_(detached_.item->Identity()),
       parent_identity_(parent_identity),
@@ -189,21 +191,21 @@ DeleteBranchCommand::DeleteBranchCommand(EditorState& state, const QString& text
       expanded_(std::move(expanded)) {}
 
 void DeleteBranchCommand::Undo() {
-  state_.session.Popup()->ReattachItem(detached_);
+  view_.Session().Popup()->ReattachItem(detached_);
   detached_ = {};
-  QModelIndex parent = state_.RowOf(parent_identity_);
-  QModelIndex row = state_.grid->InsertLayout(parent, row_, layout_);
-  state_.DataGrid->expand(parent);
-  state_.Expand(expanded_);
-  state_.DataGrid->setCurrentIndex(row);
+  QModelIndex parent = view_.RowOf(parent_identity_);
+  QModelIndex row = view_.Grid().InsertLayout(parent, row_, layout_);
+  view_.Outline().expand(parent);
+  view_.Expand(expanded_);
+  view_.Outline().setCurrentIndex(row);
 }
 
 void DeleteBranchCommand::Redo() {
-  QModelIndex row = state_.RowOf(identity_);
-  QModelIndex above = state_.DataGrid->indexAbove(row);
-  state_.grid->RemoveRow(row);
-  detached_ = state_.session.Popup()->DetachItem(FindItemByIdentity(identity_));
-  state_.DataGrid->setCurrentIndex(above.isValid() ? above : state_.grid->TitleIndex());
+  QModelIndex row = view_.RowOf(identity_);
+  QModelIndex above = view_.Outline().indexAbove(row);
+  view_.Grid().RemoveRow(row);
+  detached_ = view_.Session().Popup()->DetachItem(FindItemByIdentity(identity_));
+  view_.Outline().setCurrentIndex(above.isValid() ? above : view_.Grid().TitleIndex());
 }
 
 }  // namespace zephyr::editor

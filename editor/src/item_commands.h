@@ -15,7 +15,7 @@
 
 namespace zephyr::editor {
 
-class EditorState;
+class DataView;
 
 // The base: the state it works on and the first redo that is skipped.
 class ItemCommand : public EditorCommand {
@@ -27,11 +27,11 @@ class ItemCommand : public EditorCommand {
  protected:
   // `done`: the edit was made before the command was pushed, so the first
   // redo does nothing.
-  ItemCommand(EditorState& state, const QString& text, bool done = true)
-      : EditorCommand(text), state_(state), done_(done) {}
+  ItemCommand(DataView& view, const QString& text, bool done = true)
+      : EditorCommand(text), view_(view), done_(done) {}
   virtual void Undo() = 0;
   virtual void Redo() = 0;
-  EditorState& state_;
+  DataView& view_;
 
  private:
   // After every undo and redo: unsaved work, and the commands' enabling.
@@ -42,7 +42,7 @@ class ItemCommand : public EditorCommand {
 // A value typed into a cell.
 class ChangeValueCommand : public ItemCommand {
  public:
-  ChangeValueCommand(EditorState& state, int32_t identity, int column, std::string before,
+  ChangeValueCommand(DataView& view, int32_t identity, int column, std::string before,
                      std::string after);
 
  private:
@@ -57,7 +57,7 @@ class ChangeValueCommand : public ItemCommand {
 // A code typed into a key cell, with its branch renumbered.
 class ChangeKeyCommand : public ItemCommand {
  public:
-  ChangeKeyCommand(EditorState& state, int32_t identity, std::string before, std::string after,
+  ChangeKeyCommand(DataView& view, int32_t identity, std::string before, std::string after,
                    bool was_marked, SortRecord sorted);
 
  private:
@@ -72,8 +72,8 @@ class ChangeKeyCommand : public ItemCommand {
 // A new item or a copied branch.
 class AddBranchCommand : public ItemCommand {
  public:
-  AddBranchCommand(EditorState& state, const QString& text, int32_t identity,
-                   int32_t current_before, bool parent_was_expanded, SortRecord sorted);
+  AddBranchCommand(DataView& view, const QString& text, int32_t identity, int32_t current_before,
+                   bool parent_was_expanded, SortRecord sorted);
 
  private:
   void Undo() override;
@@ -95,7 +95,7 @@ class AddBranchCommand : public ItemCommand {
 // Doing and undoing are the same trade.
 class MoveCommand : public ItemCommand {
  public:
-  MoveCommand(EditorState& state, const QString& text, int32_t moved, int32_t neighbour);
+  MoveCommand(DataView& view, const QString& text, int32_t moved, int32_t neighbour);
 
  private:
   void Undo() override { Trade(); }
@@ -109,7 +109,7 @@ class MoveCommand : public ItemCommand {
 class ReparentCommand : public ItemCommand {
  public:
   // Makes the move; raises, changing nothing, when the code is taken.
-  ReparentCommand(EditorState& state, const QString& text, int32_t moved, int32_t new_parent,
+  ReparentCommand(DataView& view, const QString& text, int32_t moved, int32_t new_parent,
                   std::string code);
 
  private:
@@ -130,7 +130,7 @@ class ReparentCommand : public ItemCommand {
 // A deleted item and its branch.
 class DeleteBranchCommand : public ItemCommand {
  public:
-  DeleteBranchCommand(EditorState& state, const QString& text, PopupClass::DetachedItem detached,
+  DeleteBranchCommand(DataView& view, const QString& text, PopupClass::DetachedItem detached,
                       int32_t parent_identity, int row, BranchLayout layout,
                       std::vector<int32_t> expanded);
 

@@ -1,5 +1,6 @@
-// Adding items to the tree: choosing a new item's code from the key step and
-// its siblings' codes, building its key from its parent's, and its grid row.
+// The data view's item edits: adding items (a new item's code from the key
+// step and its siblings' codes, its key from its parent's, its outline row),
+// copying, pasting, moving, indenting and outdenting.
 #include <QComboBox>
 #include <QTreeView>
 
@@ -25,12 +26,12 @@ int CodeOf(const PopupItem& item) {
 
 }  // namespace
 
-int16_t EditorState::KeyStep() const {
-  return TextToInt16(ToUtf8(cboStep->currentText()));
+int16_t DataView::KeyStep() const {
+  return TextToInt16(ToUtf8(cboStep_->currentText()));
 }
 
-int16_t EditorState::GetNewKey(const PopupItems& siblings, int16_t step,
-                               const std::string& after_code) {
+int16_t DataView::GetNewKey(const PopupItems& siblings, int16_t step,
+                            const std::string& after_code) {
   DebugLog(kEditModule, "GetNewKey", "Start");
   int low = 0;
   int high = kNoCode;
@@ -49,13 +50,13 @@ int16_t EditorState::GetNewKey(const PopupItems& siblings, int16_t step,
   return AskNewKey(siblings);
 }
 
-int16_t EditorState::AskNewKey(const PopupItems& siblings) {
+int16_t DataView::AskNewKey(const PopupItems& siblings) {
   int16_t result = 0;
   // Once a used code has been typed, every later answer counts as used too,
   // until the user cancels: the flag is set only here.
   bool unique = true;
   while (true) {
-    std::string answer = session.services().new_key_prompt->AskNewKey();
+    std::string answer = session_.services().new_key_prompt->AskNewKey();
     double number = 0;
     if (ParseNumber(answer, &number) && number == -1) return -1;
     for (const auto& sibling : siblings) {
@@ -68,95 +69,95 @@ int16_t EditorState::AskNewKey(const PopupItems& siblings) {
   }
 }
 
-std::shared_ptr<PopupItem> EditorState::AddpopupDataItem(
-    const std::shared_ptr<PopupItems>& siblings, int16_t step, const std::string& parent_key,
-    const std::string& after_code) {
+std::shared_ptr<PopupItem> DataView::AddpopupDataItem(const std::shared_ptr<PopupItems>& siblings,
+                                                      int16_t step, const std::string& parent_key,
+                                                      const std::string& after_code) {
   DebugLog(kEditModule, "AddpopupDataItem", "Start");
-  std::string key(2 * static_cast<size_t>(session.Popup()->Levels()), ' ');
+  std::string key(2 * static_cast<size_t>(session_.Popup()->Levels()), ' ');
   std::string path = RemoveBlanks(parent_key);
   key.replace(0, std::min(path.size(), key.size()), path.substr(0, key.size()));
   std::string code = NewCode(*siblings, step, after_code);
   if (code.empty()) return nullptr;
   if (key.size() >= 2) key.replace(key.size() - 2, 2, code);
   std::vector<std::string> values{kUndefinedValue};
-  for (int32_t i = 3; i <= session.Popup()->PopupFields()->Count(); ++i) values.emplace_back();
-  return session.Popup()->AddItem(AddLevel == 1 ? nullptr : AddParent, key, values);
+  for (int32_t i = 3; i <= session_.Popup()->PopupFields()->Count(); ++i) values.emplace_back();
+  return session_.Popup()->AddItem(AddLevel_ == 1 ? nullptr : AddParent_, key, values);
 }
 
-void EditorState::AddGridRow(const QModelIndex& parent_row, const std::shared_ptr<PopupItem>& item,
-                             const QString& text) {
-  int32_t current_before = IdentityOf(DataGrid->currentIndex());
-  bool parent_was_expanded = DataGrid->isExpanded(parent_row);
+void DataView::AddGridRow(const QModelIndex& parent_row, const std::shared_ptr<PopupItem>& item,
+                          const QString& text) {
+  int32_t current_before = IdentityOf(DataGrid_->currentIndex());
+  bool parent_was_expanded = DataGrid_->isExpanded(parent_row);
   // Where Sort_Tree would put it: it then has only what edits unsorted to order.
-  QModelIndex row = grid->InsertRowInOrder(parent_row, item->Identity());
-  DataGrid->expand(row.parent());
+  QModelIndex row = grid_->InsertRowInOrder(parent_row, item->Identity());
+  DataGrid_->expand(row.parent());
   SortRecord sorted = SortTree();
   SelectItemRow(item);
-  session.Record(new AddBranchCommand(*this, text, item->Identity(), current_before,
-                                      parent_was_expanded, std::move(sorted)));
+  session_.Record(new AddBranchCommand(*this, text, item->Identity(), current_before,
+                                       parent_was_expanded, std::move(sorted)));
 }
 
-void EditorState::AddChild() {
+void DataView::AddChild() {
   DebugLog(kEditModule, "AddChild", "Start");
-  AddParent = nullptr;
+  AddParent_ = nullptr;
   bool title = CurrentIsTitle();
   auto current = CurrentItem();
   std::shared_ptr<PopupItem> added;
   QModelIndex parent_row;
   if (!title && current) {
-    AddParent = current;
-    AddLevel = static_cast<int16_t>(current->Level() + 1);
+    AddParent_ = current;
+    AddLevel_ = static_cast<int16_t>(current->Level() + 1);
     added = AddpopupDataItem(current->Children(), KeyStep(), current->PopupKey(), "");
-    parent_row = grid->IndexOfIdentity(current->Identity());
+    parent_row = grid_->IndexOfIdentity(current->Identity());
   } else if (title) {
-    AddLevel = 1;
-    added = AddpopupDataItem(session.Popup()->PopupItems(), KeyStep(), "", "");
-    parent_row = grid->TitleIndex();
+    AddLevel_ = 1;
+    added = AddpopupDataItem(session_.Popup()->PopupItems(), KeyStep(), "", "");
+    parent_row = grid_->TitleIndex();
   } else {
     return;  // no current row
   }
   if (!added) {
-    session.SetDataChanged(true);  // only a cancelled add marks the popup changed
+    session_.SetDataChanged(true);  // only a cancelled add marks the popup changed
     return;
   }
   AddGridRow(parent_row, added, QStringLiteral("New Child"));
-  DataGrid->setFocus();
+  DataGrid_->setFocus();
   EnableDisable();
 }
 
-std::shared_ptr<PopupItem> EditorState::AddSiblingItem(const std::shared_ptr<PopupItem>& current) {
-  AddParent = nullptr;
-  AddLevel = current->Level();
+std::shared_ptr<PopupItem> DataView::AddSiblingItem(const std::shared_ptr<PopupItem>& current) {
+  AddParent_ = nullptr;
+  AddLevel_ = current->Level();
   if (current->Level() == 1) {
     // Top-level items are appended after the last one, not after this one.
-    return AddpopupDataItem(session.Popup()->PopupItems(), KeyStep(), "", "");
+    return AddpopupDataItem(session_.Popup()->PopupItems(), KeyStep(), "", "");
   }
-  AddParent = current->Parent();
-  if (!AddParent) return nullptr;
-  return AddpopupDataItem(AddParent->Children(), KeyStep(), AddParent->PopupKey(),
+  AddParent_ = current->Parent();
+  if (!AddParent_) return nullptr;
+  return AddpopupDataItem(AddParent_->Children(), KeyStep(), AddParent_->PopupKey(),
                           OwnCode(current->PopupKey()));
 }
 
-QModelIndex EditorState::ParentRowOf(const PopupItem& item) {
-  if (item.Level() == 1) return grid->TitleIndex();
+QModelIndex DataView::ParentRowOf(const PopupItem& item) {
+  if (item.Level() == 1) return grid_->TitleIndex();
   auto parent = item.Parent();
-  return parent ? grid->IndexOfIdentity(parent->Identity()) : QModelIndex();
+  return parent ? grid_->IndexOfIdentity(parent->Identity()) : QModelIndex();
 }
 
-void EditorState::AddSibling() {
+void DataView::AddSibling() {
   DebugLog(kEditModule, "AddSibling", "Start");
   auto current = CurrentItem();
   if (!current) return;
   auto added = AddSiblingItem(current);
   if (!added) {
-    session.SetDataChanged(true);
+    session_.SetDataChanged(true);
     return;
   }
   AddGridRow(ParentRowOf(*added), added, QStringLiteral("New Sibling"));
-  DataGrid->setFocus();
+  DataGrid_->setFocus();
 }
 
-void EditorState::CopyPopupItem() {
+void DataView::CopyPopupItem() {
   DebugLog(kEditModule, "CopyPopupItem", "Start");
   auto current = CurrentItem();
   if (!current) return;
@@ -166,51 +167,51 @@ void EditorState::CopyPopupItem() {
     AddGridRow(ParentRowOf(*added), added, QStringLiteral("Copy '%1'").arg(NameOf(*current)));
 }
 
-void EditorState::CopyPopupItemW_Children() {
+void DataView::CopyPopupItemW_Children() {
   DebugLog(kEditModule, "CopyPopupItemW_Children", "Start");
   auto source = CurrentItem();
   if (!source) return;
   CopyBranchBeside(source, source, QStringLiteral("Copy '%1' with Children").arg(NameOf(*source)));
 }
 
-void EditorState::CopyBranchBeside(const std::shared_ptr<PopupItem>& source,
-                                   const std::shared_ptr<PopupItem>& beside, const QString& text) {
+void DataView::CopyBranchBeside(const std::shared_ptr<PopupItem>& source,
+                                const std::shared_ptr<PopupItem>& beside, const QString& text) {
   auto added = AddSiblingItem(beside);
   if (!added) return;
   std::string code = OwnCode(added->PopupKey());
   CloneNewItem(added, source);
-  session.Popup()->ModifyKey(code, added, added->Level());
+  session_.Popup()->ModifyKey(code, added, added->Level());
   // A copy under another parent takes that parent's codes, level by level.
   if (auto parent = added->Parent(); parent && parent != source->Parent()) {
     std::string path = CompactPath(parent->PopupKey());
     for (int16_t level = 1; level < added->Level() && static_cast<size_t>(2 * level) <= path.size();
          ++level) {
-      session.Popup()->ModifyKey(path.substr(2 * static_cast<size_t>(level) - 2, 2), added, level);
+      session_.Popup()->ModifyKey(path.substr(2 * static_cast<size_t>(level) - 2, 2), added, level);
     }
   }
   ShowAddedBranch(added, text);
 }
 
-void EditorState::ShowAddedBranch(const std::shared_ptr<PopupItem>& added, const QString& text) {
-  int32_t current_before = IdentityOf(DataGrid->currentIndex());
+void DataView::ShowAddedBranch(const std::shared_ptr<PopupItem>& added, const QString& text) {
+  int32_t current_before = IdentityOf(DataGrid_->currentIndex());
   QModelIndex parent_row = ParentRowOf(*added);
-  bool parent_was_expanded = DataGrid->isExpanded(parent_row);
-  QModelIndex row = grid->AppendRow(parent_row, added->Identity());
+  bool parent_was_expanded = DataGrid_->isExpanded(parent_row);
+  QModelIndex row = grid_->AppendRow(parent_row, added->Identity());
   LogAdd2GridCopy(*added);
-  grid->AppendBranch(row, *added);
+  grid_->AppendBranch(row, *added);
   SortRecord sorted = SortTree();
-  QModelIndex copied = grid->IndexOfIdentity(added->Identity());
-  DataGrid->expand(copied.parent());
-  DataGrid->expandRecursively(copied);
+  QModelIndex copied = grid_->IndexOfIdentity(added->Identity());
+  DataGrid_->expand(copied.parent());
+  DataGrid_->expandRecursively(copied);
   SelectItemRow(added);
-  session.Record(new AddBranchCommand(*this, text, added->Identity(), current_before,
-                                      parent_was_expanded, std::move(sorted)));
+  session_.Record(new AddBranchCommand(*this, text, added->Identity(), current_before,
+                                       parent_was_expanded, std::move(sorted)));
 }
 
-void EditorState::CloneNewItem(const std::shared_ptr<PopupItem>& target,
-                               const std::shared_ptr<PopupItem>& source) {
+void DataView::CloneNewItem(const std::shared_ptr<PopupItem>& target,
+                            const std::shared_ptr<PopupItem>& source) {
   DebugLog(kEditModule, "CloneNewItem", "Start");
-  std::string pattern(2 * static_cast<size_t>(session.Popup()->Levels()), ' ');
+  std::string pattern(2 * static_cast<size_t>(session_.Popup()->Levels()), ' ');
   CopyItemData(*target, *source);
   std::string path = RemoveBlanks(target->PopupKey());
   pattern.replace(0, std::min(path.size(), pattern.size()), path.substr(0, pattern.size()));
@@ -225,7 +226,7 @@ void EditorState::CloneNewItem(const std::shared_ptr<PopupItem>& target,
   }
 }
 
-void EditorState::LogAdd2GridCopy(PopupItem& item) {
+void DataView::LogAdd2GridCopy(PopupItem& item) {
   // Add2GridCopy calls itself for each copied item that has children.
   DebugLog(kEditModule, "Add2GridCopy", "Start");
   if (!item.HasChildren()) return;
@@ -234,7 +235,7 @@ void EditorState::LogAdd2GridCopy(PopupItem& item) {
   }
 }
 
-void EditorState::Paste() {
+void DataView::Paste() {
   DebugLog(kEditModule, "mnuPaste_Click", "Start");
   // Paste obeys the rule that enables its menu item, whichever way it is
   // asked, and puts a copy of the item with its branch after the current
@@ -242,43 +243,43 @@ void EditorState::Paste() {
   auto source = PasteSource();
   auto current = CurrentItem();
   if (!source || !current) return;
-  if (!session.CopiedWasCut()) {
+  if (!session_.CopiedWasCut()) {
     CopyBranchBeside(source, current, QStringLiteral("Paste '%1'").arg(NameOf(*source)));
     return;
   }
   // A cut item moves, once, with its identity, after the current item.
-  session.SetCopied(0, false);
+  session_.SetCopied(0, false);
   if (source == current) {
     EnableDisable();
     return;
   }
   auto parent = current->Level() == 1 ? nullptr : current->Parent();
   std::string code =
-      NewCode(*session.Popup()->SiblingsOf(*current), KeyStep(), OwnCode(current->PopupKey()));
+      NewCode(*session_.Popup()->SiblingsOf(*current), KeyStep(), OwnCode(current->PopupKey()));
   if (code.empty()) return;
-  session.Record(new ReparentCommand(*this, QStringLiteral("Move '%1'").arg(NameOf(*source)),
-                                     source->Identity(), parent ? parent->Identity() : 0, code));
+  session_.Record(new ReparentCommand(*this, QStringLiteral("Move '%1'").arg(NameOf(*source)),
+                                      source->Identity(), parent ? parent->Identity() : 0, code));
 }
 
-QModelIndex EditorState::MoveNeighbour(int step) const {
-  QModelIndex current = DataGrid->currentIndex();
+QModelIndex DataView::MoveNeighbour(int step) const {
+  QModelIndex current = DataGrid_->currentIndex();
   if (!current.isValid() || !current.parent().isValid()) return {};  // the title row
   return current.siblingAtColumn(0).siblingAtRow(current.row() + step);
 }
 
-void EditorState::MoveItem(int step) {
+void DataView::MoveItem(int step) {
   QModelIndex neighbour = MoveNeighbour(step);
   if (!neighbour.isValid()) return;
-  int32_t moved = IdentityOf(DataGrid->currentIndex());
+  int32_t moved = IdentityOf(DataGrid_->currentIndex());
   QString name = NameOf(*FindItemByIdentity(moved));
-  session.Record(new MoveCommand(
+  session_.Record(new MoveCommand(
       *this,
       (step < 0 ? QStringLiteral("Move '%1' Up") : QStringLiteral("Move '%1' Down")).arg(name),
       moved, IdentityOf(neighbour)));
 }
 
-std::string EditorState::NewCode(const PopupItems& siblings, int16_t step,
-                                 const std::string& after_code) {
+std::string DataView::NewCode(const PopupItems& siblings, int16_t step,
+                              const std::string& after_code) {
   int16_t code = GetNewKey(siblings, step, after_code);
   if (code == -1) return {};
   std::string text = std::to_string(code);
@@ -286,15 +287,15 @@ std::string EditorState::NewCode(const PopupItems& siblings, int16_t step,
   return text.substr(0, 2);
 }
 
-bool EditorState::TooDeep(const std::shared_ptr<PopupItem>& item, int level, const char* what) {
+bool DataView::TooDeep(const std::shared_ptr<PopupItem>& item, int level, const char* what) {
   int deepest = 0;
-  for (const auto& entry : session.Popup()->KeysOf(item).entries) {
+  for (const auto& entry : session_.Popup()->KeysOf(item).entries) {
     deepest = std::max<int>(deepest, entry.level);
   }
-  if (deepest - item->Level() + level <= session.Popup()->Levels()) return false;
-  session.Tell(std::string("The item cannot be ") + what +
-               ": its branch would go below the popup's " +
-               std::to_string(session.Popup()->Levels()) + " levels.");
+  if (deepest - item->Level() + level <= session_.Popup()->Levels()) return false;
+  session_.Tell(std::string("The item cannot be ") + what +
+                ": its branch would go below the popup's " +
+                std::to_string(session_.Popup()->Levels()) + " levels.");
   return true;
 }
 
@@ -310,10 +311,10 @@ bool InBranchOf(std::shared_ptr<PopupItem> candidate, const std::shared_ptr<Popu
 
 }  // namespace
 
-void EditorState::DropItem(const QModelIndex& target, OutlineView::DropPlace place, bool copy) {
-  auto item = FindItemByIdentity(IdentityOf(DataGrid->currentIndex()));
+void DataView::DropItem(const QModelIndex& target, OutlineView::DropPlace place, bool copy) {
+  auto item = FindItemByIdentity(IdentityOf(DataGrid_->currentIndex()));
   if (!item || !target.isValid()) return;
-  auto target_item = grid->ItemAt(target);  // null for the title row
+  auto target_item = grid_->ItemAt(target);  // null for the title row
   std::shared_ptr<PopupItem> parent;
   std::string after_code;
   if (place == OutlineView::DropPlace::kOn) {
@@ -325,57 +326,57 @@ void EditorState::DropItem(const QModelIndex& target, OutlineView::DropPlace pla
       after_code = OwnCode(target_item->PopupKey());
     } else {
       // Between the row above (or the start of the list) and the target.
-      auto above = grid->ItemAt(target.siblingAtRow(target.row() - 1));
+      auto above = grid_->ItemAt(target.siblingAtRow(target.row() - 1));
       after_code = above ? OwnCode(above->PopupKey()) : "00";
     }
   }
   if (!copy && InBranchOf(parent, item)) return;  // not into its own branch
   int level = parent ? parent->Level() + 1 : 1;
   if (TooDeep(item, level, copy ? "copied there" : "moved there")) return;
-  auto siblings = parent ? parent->Children() : session.Popup()->PopupItems();
+  auto siblings = parent ? parent->Children() : session_.Popup()->PopupItems();
   std::string code = NewCode(*siblings, KeyStep(), after_code);
   if (code.empty()) return;
   if (copy) {
     auto added = PopupItem::Create();
     CloneNewItem(added, item);
-    session.Popup()->AppendBranch(added, parent, code);
+    session_.Popup()->AppendBranch(added, parent, code);
     ShowAddedBranch(added, QStringLiteral("Copy '%1' with Children").arg(NameOf(*item)));
   } else {
-    session.Record(new ReparentCommand(*this, QStringLiteral("Move '%1'").arg(NameOf(*item)),
-                                       item->Identity(), parent ? parent->Identity() : 0, code));
+    session_.Record(new ReparentCommand(*this, QStringLiteral("Move '%1'").arg(NameOf(*item)),
+                                        item->Identity(), parent ? parent->Identity() : 0, code));
   }
 }
 
-void EditorState::Indent() {
+void DataView::Indent() {
   QModelIndex previous = MoveNeighbour(-1);
-  auto item = FindItemByIdentity(IdentityOf(DataGrid->currentIndex()));
+  auto item = FindItemByIdentity(IdentityOf(DataGrid_->currentIndex()));
   if (!previous.isValid() || !item) return;
   if (TooDeep(item, item->Level() + 1, "indented")) return;
   auto parent = FindItemByIdentity(IdentityOf(previous));
   std::string code = NewCode(*parent->Children(), KeyStep(), "");
   if (code.empty()) return;
-  session.Record(new ReparentCommand(*this, QStringLiteral("Indent '%1'").arg(NameOf(*item)),
-                                     item->Identity(), parent->Identity(), code));
+  session_.Record(new ReparentCommand(*this, QStringLiteral("Indent '%1'").arg(NameOf(*item)),
+                                      item->Identity(), parent->Identity(), code));
 }
 
-void EditorState::Outdent() {
-  auto item = FindItemByIdentity(IdentityOf(DataGrid->currentIndex()));
+void DataView::Outdent() {
+  auto item = FindItemByIdentity(IdentityOf(DataGrid_->currentIndex()));
   if (!item || item->Level() < 2) return;
   auto parent = item->Parent();
   if (!parent) return;
   std::string code =
-      NewCode(*session.Popup()->SiblingsOf(*parent), KeyStep(), OwnCode(parent->PopupKey()));
+      NewCode(*session_.Popup()->SiblingsOf(*parent), KeyStep(), OwnCode(parent->PopupKey()));
   if (code.empty()) return;
   auto grandparent = parent->Level() == 1 ? nullptr : parent->Parent();
-  session.Record(new ReparentCommand(*this, QStringLiteral("Outdent '%1'").arg(NameOf(*item)),
-                                     item->Identity(), grandparent ? grandparent->Identity() : 0,
-                                     code));
+  session_.Record(new ReparentCommand(*this, QStringLiteral("Outdent '%1'").arg(NameOf(*item)),
+                                      item->Identity(), grandparent ? grandparent->Identity() : 0,
+                                      code));
 }
 
-void EditorState::CopyToClipboard(bool cut) {
+void DataView::CopyToClipboard(bool cut) {
   if (auto item = CurrentItem(); item && !CurrentIsTitle()) {
-    session.services().clipboard->SetText(std::to_string(item->Identity()));
-    session.SetCopied(item->Identity(), cut);
+    session_.services().clipboard->SetText(std::to_string(item->Identity()));
+    session_.SetCopied(item->Identity(), cut);
     EnableDisable();
   }
 }

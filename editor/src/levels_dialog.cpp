@@ -6,8 +6,8 @@
 #include <climits>
 #include <cmath>
 
-#include "prompt_dialog.h"
 #include "design_list_models.h"
+#include "prompt_dialog.h"
 #include "zephyr/support/debug_log.h"
 #include "zephyr/support/variant.h"
 

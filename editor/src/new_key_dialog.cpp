@@ -4,8 +4,8 @@
 #include <QLineEdit>
 #include <QPushButton>
 
-#include "prompt_dialog.h"
 #include "design_list_models.h"
+#include "prompt_dialog.h"
 #include "zephyr/support/debug_log.h"
 #include "zephyr/support/text.h"
 #include "zephyr/support/variant.h"

@@ -1,5 +1,5 @@
 // The editor shell: construction, the public interface, opening a popup,
-// switching views and enabling the data view's commands.
+// switching views and stepping through the history.
 #include "zephyr/editor/popup_control_edit.h"
 
 #include <QAction>
@@ -32,15 +32,7 @@
 
 namespace zephyr::editor {
 
-namespace {
-
-QAction* NamedAction(QMenu* menu, const char* name, const char* caption) {
-  QAction* action = menu->addAction(QString::fromLatin1(caption));
-  action->setObjectName(QString::fromLatin1(name));
-  return action;
-}
-
-}  // namespace
+namespace {}  // namespace
 
 EditorState::EditorState(PopupControlEdit* owner)
     : QObject(owner),
@@ -61,7 +53,7 @@ EditorState::~EditorState() = default;
 
 void EditorState::BuildControls() {
   design = new DesignView(*this, session);
-  grid = new DataGridModel(this);
+  data = new DataView(*this, session);
   QUndoStack* history = &session.History();
   connect(history, &QUndoStack::canUndoChanged, q, &PopupControlEdit::canUndoChanged);
   connect(history, &QUndoStack::canRedoChanged, q, &PopupControlEdit::canRedoChanged);
@@ -75,40 +67,8 @@ void EditorState::BuildControls() {
 
   outer->addWidget(design->Build(q), 1);
 
-  // Data view.
-  FraDataMode = Named(new QFrame(q), "FraDataMode");
-  auto* data = new QVBoxLayout(FraDataMode);
-  auto* commands = new QHBoxLayout();
-  fraButtons = Named(new QFrame(FraDataMode), "fraButtons");
-  auto* buttons = new QHBoxLayout(fraButtons);
-  buttons->setContentsMargins(0, 0, 0, 0);
-  lblAdd = Named(new QLabel(QStringLiteral("Add:"), fraButtons), "lblAdd");
-  buttons->addWidget(lblAdd);
-  buttons->addStretch();
-  commands->addWidget(fraButtons, 1);
-  fraStepDelete = Named(new QFrame(FraDataMode), "fraStepDelete");
-  auto* step = new QHBoxLayout(fraStepDelete);
-  step->setContentsMargins(0, 0, 0, 0);
-  lblStep = Named(new QLabel(QStringLiteral("Step:"), fraStepDelete), "lblStep");
-  cboStep = Named(new QComboBox(fraStepDelete), "cboStep");
-  cboStep->setEditable(true);
-  cboStep->setInsertPolicy(QComboBox::NoInsert);
-  cboStep->addItems({"01", "02", "03", "04", "05", "10", "20", "30", "40", "50"});
-  cboStep->setCurrentIndex(-1);
-  cmdDelete = Named(new QPushButton(QStringLiteral("Delete"), fraStepDelete), "cmdDelete");
-  step->addWidget(lblStep);
-  step->addWidget(cboStep);
-  step->addWidget(cmdDelete);
-  commands->addWidget(fraStepDelete);
-  data->addLayout(commands);
-  txtFind = Named(new QLineEdit(FraDataMode), "txtFind");
-  txtFind->setPlaceholderText(
-      QStringLiteral("Find (Ctrl+F): show the items whose key or values hold this text"));
-  txtFind->setClearButtonEnabled(true);
-  data->addWidget(txtFind);
-  find_timer = new QTimer(this);
-  find_timer->setSingleShot(true);
-  find_timer->setInterval(150);
+  outer->addWidget(data->Build(q), 1);
+
   // Ctrl+PgUp / Ctrl+PgDown switch views as a click on the tabs does.
   auto* previous = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_PageUp), q);
   previous->setContext(Qt::WidgetWithChildrenShortcut);
@@ -119,43 +79,6 @@ void EditorState::BuildControls() {
   auto* find = new QShortcut(QKeySequence::Find, q);
   find->setContext(Qt::WidgetWithChildrenShortcut);
   On(find, &QShortcut::activated, [this]() { q->FocusFind(); });
-  DataGrid = Named(new OutlineView(FraDataMode), "DataGrid");
-  DataGrid->setModel(grid);
-  DataGrid->setSelectionBehavior(QAbstractItemView::SelectItems);
-  DataGrid->setSelectionMode(QAbstractItemView::SingleSelection);
-  // Typing a character starts an edit; Enter, Space and a double click are handled apart.
-  DataGrid->setEditTriggers(QAbstractItemView::AnyKeyPressed);
-  // The whole current row is marked, and repainted when it moves.
-  DataGrid->setAllColumnsShowFocus(true);
-  DataGrid->setUniformRowHeights(true);
-  DataGrid->setContextMenuPolicy(Qt::CustomContextMenu);
-  DataGrid->setExpandsOnDoubleClick(false);
-  DataGrid->header()->setStretchLastSection(false);
-  data->addWidget(DataGrid, 1);
-  Label1 = Named(new QLabel(FraDataMode), "Label1");
-  data->addWidget(Label1);
-  outer->addWidget(FraDataMode, 1);
-  FraDataMode->setVisible(false);
-
-  mnuPopupAction = Named(new QMenu(q), "mnuPopupAction");
-  mnuAddChild = NamedAction(mnuPopupAction, "mnuAddChild", "New Child");
-  mnuAddSibling = NamedAction(mnuPopupAction, "mnuAddSibling", "New Sibling");
-  sep0 = mnuPopupAction->addSeparator();
-  sep0->setObjectName(QStringLiteral("sep0"));
-  mnucopy = Named(mnuPopupAction->addMenu(QStringLiteral("Copy")), "mnucopy");
-  mnucopy->menuAction()->setObjectName(QStringLiteral("mnucopy"));
-  mnuCopywithout = NamedAction(mnucopy, "mnuCopywithout", "Add a Copy of This Popup Data Item");
-  mnucopywithchildren = NamedAction(mnucopy, "mnucopywithchildren",
-                                    "Add a Copy of this Popup Data Item with Children");
-  mnuPaste = NamedAction(mnuPopupAction, "mnuPaste", "Paste");
-  mnuDelete = NamedAction(mnuPopupAction, "mnuDelete", "Delete");
-  mnuPopupAction->addSeparator();
-  mnuMoveUp = NamedAction(mnuPopupAction, "mnuMoveUp", "Move Up\tAlt+Shift+Up");
-  mnuMoveDown = NamedAction(mnuPopupAction, "mnuMoveDown", "Move Down\tAlt+Shift+Down");
-  mnuIndent = NamedAction(mnuPopupAction, "mnuIndent", "Indent\tAlt+Shift+Right");
-  mnuOutdent = NamedAction(mnuPopupAction, "mnuOutdent", "Outdent\tAlt+Shift+Left");
-
-  ConnectDataView();
   // A check that fails with an error keeps the view, as a failed validation does.
   tbsZephyrPopup->SetBeforeClick([this](int target) {
     bool refused = true;
@@ -217,7 +140,7 @@ void EditorState::OpenPopup(const std::string& path, const std::string& file) {
   if (!source_file.empty()) opened->OpenPopup();
 
   Opening = true;
-  outline_stale = true;
+  data->SetOutlineStale();
   struct OpeningDone {
     bool& flag;
     ~OpeningDone() { flag = false; }
@@ -230,7 +153,7 @@ void EditorState::OpenPopup(const std::string& path, const std::string& file) {
     LoadDesignMode();
     tbsZephyrPopup->SelectTab(kDataTab);
     LoadDataMode();
-    LoadDataGrid();
+    data->LoadDataGrid();
   } else {
     design->LoadTemplateData();
     tbsZephyrPopup->SelectTab(kDesignTab);
@@ -245,7 +168,7 @@ void EditorState::LoadDesignMode() {
   DataMode = false;
   design->FillDesignGrids();
   // One view at a time: both shown at once would make the window as tall as both.
-  FraDataMode->setVisible(false);
+  data->Frame()->setVisible(false);
   design->Frame()->setVisible(true);
   Loading = false;
   ResizeControls();
@@ -256,17 +179,16 @@ void EditorState::LoadDataMode() {
   emit q->BeforeDataMode();
   Loading = true;
   design->Frame()->setVisible(false);
-  FraDataMode->setVisible(true);
-  // A step that is none of the list's entries falls back to "10".
-  if (cboStep->findText(cboStep->currentText()) < 0) cboStep->setCurrentIndex(5);
+  data->Frame()->setVisible(true);
+  data->FallBackStep();
   ResizeControls();
-  DataGrid->setCurrentIndex(grid->TitleIndex());
-  EnableDisable();
+  data->MakeTitleCurrent();
+  data->EnableDisable();
   Loading = false;
   ResizeControls();
-  LoadDataGrid();
+  data->LoadDataGrid();
   // The outline takes the keys (F1..F9, Enter) from the start.
-  DataGrid->setFocus();
+  data->FocusOutline();
 }
 
 bool EditorState::TabBeforeClick(int target) {
@@ -291,92 +213,7 @@ void EditorState::TabClick(int index) {
 }
 
 void EditorState::ResizeControls() {
-  RebuildAddButtons();
-}
-
-bool EditorState::CurrentIsTitle() const {
-  QModelIndex current = DataGrid->currentIndex();
-  return current.isValid() && !current.parent().isValid();
-}
-
-std::shared_ptr<PopupItem> EditorState::CurrentItem() {
-  QModelIndex current = DataGrid->currentIndex();
-  int32_t identity =
-      current.isValid() ? grid->index(current.row(), 0, current.parent()).data(Qt::UserRole).toInt()
-                        : 0;
-  session.Popup()->SetSelectedItem(std::to_string(identity));
-  return session.Popup()->SelectedItem();
-}
-
-int EditorState::CurrentLevel() {
-  auto item = CurrentItem();
-  return item ? item->Level() : 0;
-}
-
-void EditorState::EnableDisable() {
-  DebugLog(kEditModule, "Enable_Disable", "Start");
-  QModelIndex current = DataGrid->currentIndex();
-  if (!current.isValid()) return;
-  int levels = session.Popup()->Levels();
-  auto question = [this](int level) {
-    return QStringLiteral("Add ") +
-           ToQString(session.Popup()->PopupLevels()->Item(Variant(level))->Question().ToText());
-  };
-  auto enable_buttons = [this](int up_to) {
-    for (size_t i = 0; i < cmdAdd.size(); ++i) cmdAdd[i]->setEnabled(static_cast<int>(i) < up_to);
-  };
-  int current_level = 0;
-  if (CurrentIsTitle()) {
-    cmdDelete->setEnabled(false);
-    mnuDelete->setEnabled(false);
-    mnuAddSibling->setEnabled(false);
-    mnuAddSibling->setVisible(false);
-    enable_buttons(1);
-    mnuAddChild->setEnabled(true);
-    mnuAddChild->setVisible(true);
-    if (levels >= 1) mnuAddChild->setText(question(1));
-    mnucopy->menuAction()->setEnabled(false);
-  } else {
-    auto item = CurrentItem();
-    current_level = item ? item->Level() : 0;
-    mnucopy->menuAction()->setEnabled(true);
-    mnuDelete->setEnabled(true);
-    mnuAddSibling->setEnabled(true);
-    mnuAddSibling->setVisible(true);
-    if (current_level >= 1 && current_level <= levels)
-      mnuAddSibling->setText(question(current_level));
-    if (current_level < levels) {
-      enable_buttons(current_level + 1);
-      mnuAddChild->setEnabled(true);
-      mnuAddChild->setVisible(true);
-      mnuAddChild->setText(question(current_level + 1));
-      mnucopywithchildren->setEnabled(true);
-    } else {
-      enable_buttons(current_level);
-      mnuAddChild->setEnabled(false);
-      mnuAddChild->setVisible(false);
-      mnucopywithchildren->setEnabled(false);
-    }
-  }
-  mnuPaste->setEnabled(PasteSource() != nullptr);
-  mnuMoveUp->setEnabled(MoveNeighbour(-1).isValid());
-  mnuMoveDown->setEnabled(MoveNeighbour(1).isValid());
-  mnuIndent->setEnabled(MoveNeighbour(-1).isValid());
-  mnuOutdent->setEnabled(current_level >= 2);
-}
-
-std::shared_ptr<PopupItem> EditorState::PasteSource() {
-  const int32_t copied_identity = session.CopiedIdentity();
-  if (copied_identity == 0 || CurrentIsTitle()) return nullptr;
-  // Only what this editor copied: a number from anywhere else is no item of ours.
-  if (session.services().clipboard->Text() != std::to_string(copied_identity)) return nullptr;
-  // Only an item of the outline: a deleted one lives on in its undo command.
-  if (!grid->IndexOfIdentity(copied_identity).isValid()) return nullptr;
-  auto copied = FindItemByIdentity(copied_identity);
-  if (!copied) return nullptr;
-  QModelIndex current = DataGrid->currentIndex();
-  auto item = grid->ItemAt(current.siblingAtColumn(0));
-  return item && copied->Level() == item->Level() ? copied : nullptr;
+  data->RebuildAddButtons();
 }
 
 }  // namespace zephyr::editor
@@ -445,7 +282,7 @@ bool PopupControlEdit::ShowView(bool DataView) {
   return state_->tbsZephyrPopup->currentIndex() == tab;
 }
 void PopupControlEdit::Sort_Tree() {
-  state_->SortTree();
+  state_->data->SortTree();
 }
 bool PopupControlEdit::SaveChanges(bool SaveAs) {
   return state_->SaveChanges(SaveAs);
@@ -467,20 +304,20 @@ bool PopupControlEdit::Validate() {
 }
 
 uint PopupControlEdit::EditBackColor() const {
-  return state_->EditBackColor;
+  return state_->data->EditBackColor();
 }
 void PopupControlEdit::EditBackColor(uint color) {
-  state_->EditBackColor = color;
+  state_->data->SetEditBackColor(color);
 }
 
 void PopupControlEdit::AddChild() {
-  state_->AddChild();
-  state_->EnableDisable();
+  state_->data->AddChild();
+  state_->data->EnableDisable();
 }
 
 void PopupControlEdit::AddSibling() {
-  state_->AddSibling();
-  state_->EnableDisable();
+  state_->data->AddSibling();
+  state_->data->EnableDisable();
 }
 
 QUndoStack* PopupControlEdit::UndoStack() const {
@@ -502,38 +339,38 @@ void PopupControlEdit::ReportError(const std::exception& error) {
 }
 
 void PopupControlEdit::CopyCurrentItem() {
-  if (state_->DataMode) state_->Guarded([this]() { state_->CopyToClipboard(); });
+  if (state_->DataMode) state_->Guarded([this]() { state_->data->CopyToClipboard(); });
 }
 
 void PopupControlEdit::CutCurrentItem() {
-  if (state_->DataMode) state_->Guarded([this]() { state_->CopyToClipboard(true); });
+  if (state_->DataMode) state_->Guarded([this]() { state_->data->CopyToClipboard(true); });
 }
 
 void PopupControlEdit::PasteItem() {
-  if (state_->DataMode) state_->Guarded([this]() { state_->Paste(); });
+  if (state_->DataMode) state_->Guarded([this]() { state_->data->Paste(); });
 }
 
 void PopupControlEdit::DeleteCurrentItem() {
   // As the Delete button: the title row has none.
-  if (state_->DataMode && state_->cmdDelete->isEnabled()) {
-    state_->Guarded([this]() { state_->DeleteDataItem(); });
+  if (state_->DataMode && state_->data->DeleteEnabled()) {
+    state_->Guarded([this]() { state_->data->DeleteDataItem(); });
   }
 }
 
 void PopupControlEdit::MoveItemUp() {
-  if (state_->DataMode) state_->Guarded([this]() { state_->MoveItem(-1); });
+  if (state_->DataMode) state_->Guarded([this]() { state_->data->MoveItem(-1); });
 }
 
 void PopupControlEdit::MoveItemDown() {
-  if (state_->DataMode) state_->Guarded([this]() { state_->MoveItem(1); });
+  if (state_->DataMode) state_->Guarded([this]() { state_->data->MoveItem(1); });
 }
 
 void PopupControlEdit::IndentItem() {
-  if (state_->DataMode) state_->Guarded([this]() { state_->Indent(); });
+  if (state_->DataMode) state_->Guarded([this]() { state_->data->Indent(); });
 }
 
 void PopupControlEdit::OutdentItem() {
-  if (state_->DataMode) state_->Guarded([this]() { state_->Outdent(); });
+  if (state_->DataMode) state_->Guarded([this]() { state_->data->Outdent(); });
 }
 
 void PopupControlEdit::ImportWorkbook() {
@@ -548,18 +385,18 @@ std::string PopupControlEdit::ExportWorkbook() {
 
 void PopupControlEdit::FocusFind() {
   if (!state_->DataMode) return;
-  state_->txtFind->setFocus();
-  state_->txtFind->selectAll();
+  state_->data->FocusFind();
 }
 
 void PopupControlEdit::ReadProperties(const PropertyBag& bag) {
   Variant stored = bag.ReadProperty(kEditBackColorProperty,
                                     Variant(static_cast<int32_t>(kDefaultEditBackColor)));
-  state_->EditBackColor = static_cast<uint32_t>(stored.ToInt32());
+  state_->data->SetEditBackColor(static_cast<uint32_t>(stored.ToInt32()));
 }
 
 void PopupControlEdit::WriteProperties(PropertyBag& bag) const {
-  bag.WriteProperty(kEditBackColorProperty, Variant(static_cast<int32_t>(state_->EditBackColor)),
+  bag.WriteProperty(kEditBackColorProperty,
+                    Variant(static_cast<int32_t>(state_->data->EditBackColor())),
                     Variant(static_cast<int32_t>(kDefaultEditBackColor)));
 }
 

@@ -21,17 +21,17 @@ constexpr double kMarginInches = 0.5;
 
 }  // namespace
 
-std::pair<QStringList, std::vector<PrintedRow>> EditorState::ShownOutline() const {
+std::pair<QStringList, std::vector<PrintedRow>> DataView::ShownOutline() const {
   // Expanded rows, found rows only.
   QStringList headings;
-  for (int column = 0; column < grid->columnCount(); ++column) {
-    headings << grid->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
+  for (int column = 0; column < grid_->columnCount(); ++column) {
+    headings << grid_->headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
   }
   std::vector<PrintedRow> rows;
-  for (QModelIndex row = grid->TitleIndex(); row.isValid(); row = DataGrid->indexBelow(row)) {
+  for (QModelIndex row = grid_->TitleIndex(); row.isValid(); row = DataGrid_->indexBelow(row)) {
     PrintedRow printed;
     for (QModelIndex up = row.parent(); up.isValid(); up = up.parent()) ++printed.depth;
-    for (int column = 0; column < grid->columnCount(); ++column) {
+    for (int column = 0; column < grid_->columnCount(); ++column) {
       printed.cells << row.siblingAtColumn(column).data().toString();
     }
     rows.push_back(std::move(printed));
@@ -39,21 +39,21 @@ std::pair<QStringList, std::vector<PrintedRow>> EditorState::ShownOutline() cons
   return {headings, std::move(rows)};
 }
 
-bool EditorState::PrintOutline(QPrinter& printer) {
+bool DataView::PrintOutline(QPrinter& printer) {
   DebugLog(kEditModule, "PrintPopupData", "Start");
-  printer.setDocName(ToQString(session.Popup()->Title()));
+  printer.setDocName(ToQString(session_.Popup()->Title()));
   printer.setPageMargins(QMarginsF(kMarginInches, kMarginInches, kMarginInches, kMarginInches),
                          QPageLayout::Inch);
   // What the outline last held, even when the design view hides it.
-  auto [headings, rows] = printed_outline ? *printed_outline : ShownOutline();
+  auto [headings, rows] = printed_outline_ ? *printed_outline_ : ShownOutline();
   QPainter painter;
   if (!printer.isValid() || !painter.begin(&printer)) {
-    session.Tell(kPrintFailed);
+    session_.Tell(kPrintFailed);
     return false;
   }
   OutlinePrinter(headings, std::move(rows)).Print(painter, printer);
   if (!painter.end()) {
-    session.Tell(kPrintFailed);
+    session_.Tell(kPrintFailed);
     return false;
   }
   return true;
@@ -69,11 +69,11 @@ void PopupControlEdit::PrintPopupData() {
   QPrintDialog dialog(&printer, this);
   dialog.setObjectName(QStringLiteral("dlgPrint"));
   if (dialog.exec() != QDialog::Accepted) return;
-  state_->PrintOutline(printer);
+  state_->data->PrintOutline(printer);
 }
 
 bool PopupControlEdit::PrintPopupData(QPrinter& printer) {
-  return state_->PrintOutline(printer);
+  return state_->data->PrintOutline(printer);
 }
 
 }  // namespace zephyr::editor
