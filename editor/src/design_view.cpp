@@ -208,9 +208,10 @@ void DesignView::Connect() {
 }
 
 bool DesignView::eventFilter(QObject* watched, QEvent* event) {
-  if (watched == grdFields_->viewport() && event->type() == QEvent::Resize) {
-    shell_.Guarded([this]() { SizeFieldColumns(); });
-  }
+  // Guarded: nothing runs while the widget, and so the grid, is being destroyed.
+  shell_.Guarded([&]() {
+    if (watched == grdFields_->viewport() && event->type() == QEvent::Resize) SizeFieldColumns();
+  });
   return QObject::eventFilter(watched, event);
 }
 

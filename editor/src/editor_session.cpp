@@ -14,6 +14,13 @@ EditorSession::EditorSession(QObject* owner, Services services, Observer observe
   SetServices(services_);
 }
 
+EditorSession::~EditorSession() {
+  // The history goes with the session and tells no one: whoever listens is
+  // being destroyed too.
+  QObject::disconnect(history_, nullptr, nullptr, nullptr);
+  delete history_;
+}
+
 void EditorSession::SetPopup(std::shared_ptr<PopupClass> popup) {
   popup_ = std::move(popup);
   popup_->SetMessageBox(services_.messages);

@@ -40,6 +40,7 @@ class EditorSession {
 
   // The history is a child of `owner`.
   EditorSession(QObject* owner, Services services, Observer observer);
+  ~EditorSession();
   EditorSession(const EditorSession&) = delete;
   EditorSession& operator=(const EditorSession&) = delete;
 
