@@ -11,6 +11,16 @@
 
 using zephyr::editor::EditorSession;
 
+namespace {
+
+EditorSession::Services Telling(std::shared_ptr<zephyr::MessageBox> messages) {
+  EditorSession::Services services;
+  services.messages = std::move(messages);
+  return services;
+}
+
+}  // namespace
+
 class EditorSessionTest : public QObject {
   Q_OBJECT
 
@@ -18,8 +28,10 @@ class EditorSessionTest : public QObject {
   void unsavedWorkFollowsTheHistoryAndChangesOutsideIt() {
     QObject owner;
     std::vector<bool> told;
-    EditorSession session(&owner, {std::make_shared<zephyr::testing::ScriptedMessageBox>()},
-                          {nullptr, [&](bool modified) { told.push_back(modified); }});
+    EditorSession::Observer observer;
+    observer.modified = [&](bool modified) { told.push_back(modified); };
+    EditorSession session(&owner, Telling(std::make_shared<zephyr::testing::ScriptedMessageBox>()),
+                          observer);
     QVERIFY(!session.IsModified());
     session.Record(new QUndoCommand(QStringLiteral("first")));
     QVERIFY(session.IsModified());
@@ -43,7 +55,9 @@ class EditorSessionTest : public QObject {
     QObject owner;
     auto messages = std::make_shared<zephyr::testing::ScriptedMessageBox>();
     std::vector<bool> flags;
-    EditorSession session(&owner, {messages}, {[&](bool changed) { flags.push_back(changed); }});
+    EditorSession::Observer observer;
+    observer.data_changed = [&](bool changed) { flags.push_back(changed); };
+    EditorSession session(&owner, Telling(messages), observer);
     session.SetCopied(42, true);
     session.SetPopup(std::make_shared<zephyr::PopupClass>());
     QCOMPARE(session.CopiedIdentity(), 0);
