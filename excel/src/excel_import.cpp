@@ -24,8 +24,8 @@ constexpr const char* kNotConnected =
 // the tree and only then redesigns the popup and replaces its items.
 class ExcelImporter {
  public:
-  ExcelImporter(PopupClass& popup, std::string path, ImportUi& ui)
-      : popup_(popup), path_(std::move(path)), ui_(ui), help_file_(ImportHelpFile()) {}
+  ExcelImporter(PopupClass& popup, SheetSource source, ImportUi& ui)
+      : popup_(popup), source_(std::move(source)), ui_(ui), help_file_(ImportHelpFile()) {}
 
   ImportOutcome Run();
 
@@ -41,12 +41,12 @@ class ExcelImporter {
     DebugLog(kModule, procedure, message);
   }
   const ExcelArray& Cells() const { return sheet_.cells; }
-  SheetShape Shape() const { return {Cells(), levels_, keep_popup_structure_, path_}; }
+  SheetShape Shape() const { return {Cells(), levels_, keep_popup_structure_, source_.name}; }
   int32_t CompanionColumns() const { return Cells().ColumnCount() - 1 - levels_; }
   int PopupCompanionFields() { return std::max(0, popup_.PopupFields()->Count() - 2); }
 
   PopupClass& popup_;
-  std::string path_;
+  SheetSource source_;
   ImportUi& ui_;
   std::string help_file_;
   ImportOutcome outcome_ = ImportOutcome::kImported;
@@ -74,7 +74,7 @@ bool ExcelImporter::Stopped(const RuleBreach& breach) {
 
 ImportOutcome ExcelImporter::Run() {
   Log("ExcelImport", "Start");
-  auto read = GetExcelBounds(path_, ui_.progress, ui_.unreadable);
+  auto read = GetExcelBounds(source_, ui_.progress, ui_.unreadable);
   if (auto* breach = std::get_if<RuleBreach>(&read)) {
     Stopped(*breach);
     Message message;
@@ -195,22 +195,34 @@ ImportOutcome Guarded(ImportUi& ui, Step&& step) {
 
 }  // namespace
 
-ImportOutcome RebuildFromWorkbook(PopupClass& popup, const std::string& workbook_path,
-                                  ImportUi& ui) {
-  return Guarded(ui, [&] { return ExcelImporter(popup, workbook_path, ui).Run(); });
+ImportOutcome RebuildFromWorkbook(PopupClass& popup, const SheetSource& source, ImportUi& ui) {
+  return Guarded(ui, [&] { return ExcelImporter(popup, source, ui).Run(); });
 }
 
-ImportOutcome ImportFromWorkbook(PopupClass& popup, const std::string& workbook_path,
-                                 ImportUi& ui) {
+ImportOutcome RebuildFromWorkbook(PopupClass& popup, const std::string& workbook_path,
+                                  ImportUi& ui) {
+  return RebuildFromWorkbook(popup, SheetSource::File(workbook_path), ui);
+}
+
+ImportOutcome ImportFromWorkbook(PopupClass& popup, const SheetSource& source, ImportUi& ui) {
   return Guarded(ui, [&] {
-    ImportOutcome outcome = ExcelImporter(popup, workbook_path, ui).Run();
+    ImportOutcome outcome = ExcelImporter(popup, source, ui).Run();
     if (outcome == ImportOutcome::kImported) SavePopupInTreeOrder(popup);
     return outcome;
   });
 }
 
+ImportOutcome ImportFromWorkbook(PopupClass& popup, const std::string& workbook_path,
+                                 ImportUi& ui) {
+  return ImportFromWorkbook(popup, SheetSource::File(workbook_path), ui);
+}
+
+bool ExcelImport(PopupClass& popup, const SheetSource& source, ImportUi& ui) {
+  return RebuildFromWorkbook(popup, source, ui) == ImportOutcome::kImported;
+}
+
 bool ExcelImport(PopupClass& popup, const std::string& workbook_path, ImportUi& ui) {
-  return RebuildFromWorkbook(popup, workbook_path, ui) == ImportOutcome::kImported;
+  return ExcelImport(popup, SheetSource::File(workbook_path), ui);
 }
 
 }  // namespace zephyr::excel

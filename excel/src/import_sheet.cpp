@@ -47,9 +47,10 @@ UsedRange RealUsedRange(const Sheet& sheet) {
 }
 
 std::variant<Sheet, RuleBreach> ReadActiveSheet(
-    const std::string& path, const std::function<void(const WorkbookError&)>& unreadable) {
+    const SheetSource& source, const std::function<void(const WorkbookError&)>& unreadable) {
+  const std::string& path = source.name;
   try {
-    std::unique_ptr<Workbook> book = OpenWorkbook(path);
+    std::unique_ptr<Workbook> book = source.open();
     const auto& sheets = book->Sheets();
     if (sheets.empty() || book->ActiveSheet() >= sheets.size()) {
       return Unreadable(std::string(kNoWorkbook) + "\r\n'" + path + "': it has no sheets");
@@ -62,9 +63,11 @@ std::variant<Sheet, RuleBreach> ReadActiveSheet(
     return book->ReadSheet(book->ActiveSheet());
   } catch (const WorkbookError& error) {
     if (unreadable) unreadable(error);
-    const char* text = error.kind() == WorkbookError::Kind::kUnsupportedFormat ? kNoExcel
-                       : error.kind() == WorkbookError::Kind::kNotWorksheet    ? kNoWorksheet
-                                                                               : kNoWorkbook;
+    using Kind = WorkbookError::Kind;
+    const char* text = error.kind() == Kind::kUnsupportedFormat || error.kind() == Kind::kNoProgram
+                           ? kNoExcel
+                       : error.kind() == Kind::kNotWorksheet ? kNoWorksheet
+                                                             : kNoWorkbook;
     return Unreadable(std::string(text) + "\r\n" + error.what());
   }
 }
@@ -72,11 +75,11 @@ std::variant<Sheet, RuleBreach> ReadActiveSheet(
 }  // namespace
 
 std::variant<ImportSheet, RuleBreach> GetExcelBounds(
-    const std::string& path, Progress& progress,
+    const SheetSource& source, Progress& progress,
     const std::function<void(const WorkbookError&)>& unreadable) {
   DebugLog("mExcel", "GetExcelBounds", "Start");
   progress.SetMessage("Connection to Microsoft Excel");
-  std::variant<Sheet, RuleBreach> read = ReadActiveSheet(path, unreadable);
+  std::variant<Sheet, RuleBreach> read = ReadActiveSheet(source, unreadable);
   if (auto* breach = std::get_if<RuleBreach>(&read)) return *breach;
   const Sheet& sheet = std::get<Sheet>(read);
 

@@ -30,7 +30,7 @@ struct ImportSheet {
 // rows, come back as a breach; `unreadable` hears of a file that cannot be
 // read at all before that.
 std::variant<ImportSheet, RuleBreach> GetExcelBounds(
-    const std::string& path, Progress& progress,
+    const SheetSource& source, Progress& progress,
     const std::function<void(const WorkbookError&)>& unreadable);
 
 }  // namespace zephyr::excel

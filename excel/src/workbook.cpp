@@ -87,6 +87,7 @@ int32_t ErrorNumber(WorkbookError::Kind kind, const std::string& reason) {
     code = reason == kNoSuchFile ? RuntimeErrorCode::kFileNotFound
                                  : RuntimeErrorCode::kPathFileAccessError;
   }
+  if (kind == Kind::kNoProgram) code = RuntimeErrorCode::kCannotCreateObject;
   return static_cast<int32_t>(code);
 }
 
@@ -97,6 +98,13 @@ WorkbookError::WorkbookError(Kind kind, std::string path, std::string reason)
       kind_(kind),
       path_(std::move(path)),
       reason_(std::move(reason)) {}
+
+SheetSource SheetSource::File(std::string path) {
+  SheetSource source;
+  source.name = path;
+  source.open = [path]() { return OpenWorkbook(path); };
+  return source;
+}
 
 std::unique_ptr<Workbook> OpenWorkbook(const std::string& path) {
   std::string bytes = ReadFile(path);

@@ -45,6 +45,8 @@ const char* StandardErrorText(RuntimeErrorCode code) {
       return "Path not found";
     case RuntimeErrorCode::kObjectRequired:
       return "Object required";
+    case RuntimeErrorCode::kCannotCreateObject:
+      return "ActiveX component can't create object";
     case RuntimeErrorCode::kInvalidFileFormat:
       return "Invalid file format";
     case RuntimeErrorCode::kDuplicateKey:

@@ -56,15 +56,18 @@ enum class ImportOutcome {
 // Rebuilds the popup's design and items from the active sheet of the
 // workbook, leaving the saving to the caller; on any outcome but kImported
 // nothing changed.
+ImportOutcome RebuildFromWorkbook(PopupClass& popup, const SheetSource& source, ImportUi& ui);
 ImportOutcome RebuildFromWorkbook(PopupClass& popup, const std::string& workbook_path,
                                   ImportUi& ui);
 
 // RebuildFromWorkbook as the editor calls it: true when the popup was rebuilt.
+bool ExcelImport(PopupClass& popup, const SheetSource& source, ImportUi& ui);
 bool ExcelImport(PopupClass& popup, const std::string& workbook_path, ImportUi& ui);
 
 // ExcelImport followed by a normal save of the rebuilt popup, whose folder
 // and data source must be set; its template and items, if any, are those the
 // import compares with and replaces.
+ImportOutcome ImportFromWorkbook(PopupClass& popup, const SheetSource& source, ImportUi& ui);
 ImportOutcome ImportFromWorkbook(PopupClass& popup, const std::string& workbook_path, ImportUi& ui);
 
 // The help file the sheet-rule messages refer to: the component's folder

@@ -9,6 +9,7 @@
 #define ZEPHYR_EXCEL_WORKBOOK_H_
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -71,6 +72,7 @@ class WorkbookError : public Error {
     kMalformed,          // broken archive, XML or references
     kTooLarge,           // beyond the limits below
     kNotWorksheet,       // the sheet holds no cells (a chart sheet)
+    kNoProgram,          // no running spreadsheet program answers
   };
 
   // Description() and what() are "'<path>': <reason>".
@@ -98,6 +100,18 @@ struct WorkbookLimits {
 };
 
 enum class WorkbookFormat { kXlsx, kOds, kCsv };
+
+// Where an import reads its sheet: a workbook file, or the document open in a
+// running spreadsheet program. `open` raises WorkbookError: kNoProgram when no
+// program answers, kCannotOpen when it has no document, kNotWorksheet when the
+// document is no spreadsheet, and as a file's readers do.
+struct SheetSource {
+  // The file's path, or the program's name; messages name it.
+  std::string name;
+  std::function<std::unique_ptr<Workbook>()> open;
+
+  static SheetSource File(std::string path);
+};
 
 // Opens a workbook file; the format comes from the content (a zip archive
 // holding xl/workbook.xml or content.xml) or, for text, the ".csv" extension.

@@ -55,6 +55,7 @@ enum class RuntimeErrorCode : int32_t {
   kPathNotFound = 76,
   kInvalidFileFormat = 321,
   kObjectRequired = 424,
+  kCannotCreateObject = 429,  // "ActiveX component can't create object"
   kDuplicateKey = 457,
 };
 
