@@ -16,3 +16,5 @@ target_include_directories(zephyr_excel PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/inclu
   # The runtime's internal item access, which building items from a sheet needs.
   PRIVATE ${PROJECT_SOURCE_DIR}/runtime/src)
 target_link_libraries(zephyr_excel PUBLIC zephyr_runtime zephyr_workbook PRIVATE PkgConfig::XLSXWRITER)
+
+include(${CMAKE_CURRENT_SOURCE_DIR}/calc/calc.cmake)

@@ -19,16 +19,22 @@
 #include "usage_error.h"
 #include "zephyr/excel/excel_export.h"
 #include "zephyr/excel/excel_import.h"
+#ifdef ZEPHYR_WITH_CALC
+#include "zephyr/excel/running_calc.h"
+#endif
 #include "zephyr/support/codepage.h"
 #include "zephyr/support/variant.h"
 
 namespace zephyr::cli {
 
 const char* const kImportUsage =
-    "usage: zpopup import WORKBOOK POPUP [--levels N] [--structure popup|sheet] [--strict]\n\n"
+    "usage: zpopup import WORKBOOK POPUP [--levels N] [--structure popup|sheet] [--strict]\n"
+    "       zpopup import --calc POPUP [...]\n\n"
     "Imports the active sheet of WORKBOOK (.xlsx, .ods or .csv; - reads it from\n"
     "standard input) into POPUP, creating the popup when it does not exist, and\n"
-    "saves it. Row 1 names the levels and fields; column 1 holds the keys of every\n"
+    "saves it. --calc reads the sheet shown in the running LibreOffice Calc instead\n"
+    "(see 'zpopup calc-setup'). Row 1 names the levels and fields; column 1 holds the keys of "
+    "every\n"
     "row or of none. --levels gives the level count of a sheet without keys;\n"
     "--structure answers whether the popup keeps its own levels and fields (popup)\n"
     "or takes the sheet's (sheet) when they differ. Without them zpopup asks on the\n"
@@ -48,6 +54,15 @@ const char* const kExportUsage =
     "listed with --verbose, and make the command exit 1; everything else is written.\n";
 
 namespace {
+
+// The running LibreOffice Calc, where this build can reach it.
+excel::SheetSource RunningCalcSource() {
+#ifdef ZEPHYR_WITH_CALC
+  return excel::RunningCalc();
+#else
+  throw UsageError{"--calc: this zpopup was built without LibreOffice's SDK"};
+#endif
+}
 
 // Standard input saved to a file the workbook readers can open: an archive
 // as .xlsx (the readers tell .ods apart by content), anything else as .csv.
@@ -87,7 +102,8 @@ int ExitCode(excel::ImportOutcome outcome) {
 }  // namespace
 
 int Import(const Arguments& args) {
-  ParsedOptions options(args, {{"--levels", true}, {"--structure", true}, {"--strict", false}});
+  ParsedOptions options(
+      args, {{"--levels", true}, {"--structure", true}, {"--strict", false}, {"--calc", false}});
   std::optional<int> levels;
   if (auto value = options.Value("--levels")) {
     double count = 0;
@@ -104,14 +120,20 @@ int Import(const Arguments& args) {
     }
     structure = *value == "popup" ? MessageAnswer::kYes : MessageAnswer::kNo;
   }
-  if (options.Positional().size() != 2) throw UsageError{"import takes a WORKBOOK and a POPUP"};
-  const std::string& workbook_argument = options.Positional()[0];
+  const bool from_calc = options.Has("--calc");
+  if (options.Positional().size() != (from_calc ? 1u : 2u)) {
+    throw UsageError{from_calc ? "import --calc takes a POPUP"
+                               : "import takes a WORKBOOK and a POPUP"};
+  }
+  const std::string workbook_argument = from_calc ? "--calc" : options.Positional()[0];
 
-  PopupName name = ParsePopup(options.Positional()[1]);
+  PopupName name = ParsePopup(options.Positional().back());
   RequireWritableFolder(name.folder);
   std::optional<StdinWorkbook> from_stdin;
   if (workbook_argument == "-") from_stdin.emplace();
-  const std::string& workbook = from_stdin ? from_stdin->Path() : workbook_argument;
+  excel::SheetSource source =
+      excel::SheetSource::File(from_stdin ? from_stdin->Path() : workbook_argument);
+  if (from_calc) source = RunningCalcSource();
 
   PopupClass popup;
   auto progress = std::make_shared<TerminalProgress>();
@@ -130,10 +152,10 @@ int Import(const Arguments& args) {
   excel::ImportUi ui{messages, *progress, level_prompt};
   ui.unreadable = [&](const excel::WorkbookError& error) {
     progress->Unload();
-    std::fprintf(stderr, "zpopup: %s: %s\n", workbook_argument.c_str(), error.reason().c_str());
+    std::fprintf(stderr, "zpopup: %s: %s\n", source.name.c_str(), error.reason().c_str());
   };
   progress->Show();
-  excel::ImportOutcome outcome = excel::RebuildFromWorkbook(popup, workbook, ui);
+  excel::ImportOutcome outcome = excel::RebuildFromWorkbook(popup, source, ui);
   progress->Unload();
   if (outcome != excel::ImportOutcome::kImported) return ExitCode(outcome);
 
@@ -144,7 +166,8 @@ int Import(const Arguments& args) {
   std::fprintf(stderr,
                "zpopup: imported %s into %s: %lld items, %d levels, %d fields; %lld items "
                "replaced; %zu values converted to %s\n",
-               workbook_argument.c_str(), name.Display().c_str(),
+               workbook_argument == "--calc" ? source.name.c_str() : workbook_argument.c_str(),
+               name.Display().c_str(),
                static_cast<long long>(CountItemsInTree(*popup.PopupItems())), popup.Levels(),
                popup.PopupFields()->Count(), static_cast<long long>(replaced), unencodable.Count(),
                ActiveCodePage().Name().c_str());

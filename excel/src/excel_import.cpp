@@ -41,7 +41,9 @@ class ExcelImporter {
     DebugLog(kModule, procedure, message);
   }
   const ExcelArray& Cells() const { return sheet_.cells; }
-  SheetShape Shape() const { return {Cells(), levels_, keep_popup_structure_, source_.name}; }
+  SheetShape Shape() const {
+    return {Cells(), levels_, keep_popup_structure_, sheet_.workbook_path};
+  }
   int32_t CompanionColumns() const { return Cells().ColumnCount() - 1 - levels_; }
   int PopupCompanionFields() { return std::max(0, popup_.PopupFields()->Count() - 2); }
 

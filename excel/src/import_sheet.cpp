@@ -47,10 +47,12 @@ UsedRange RealUsedRange(const Sheet& sheet) {
 }
 
 std::variant<Sheet, RuleBreach> ReadActiveSheet(
-    const SheetSource& source, const std::function<void(const WorkbookError&)>& unreadable) {
+    const SheetSource& source, const std::function<void(const WorkbookError&)>& unreadable,
+    std::string& workbook_path) {
   const std::string& path = source.name;
   try {
     std::unique_ptr<Workbook> book = source.open();
+    if (!book->DocumentPath().empty()) workbook_path = book->DocumentPath();
     const auto& sheets = book->Sheets();
     if (sheets.empty() || book->ActiveSheet() >= sheets.size()) {
       return Unreadable(std::string(kNoWorkbook) + "\r\n'" + path + "': it has no sheets");
@@ -79,7 +81,8 @@ std::variant<ImportSheet, RuleBreach> GetExcelBounds(
     const std::function<void(const WorkbookError&)>& unreadable) {
   DebugLog("mExcel", "GetExcelBounds", "Start");
   progress.SetMessage("Connection to Microsoft Excel");
-  std::variant<Sheet, RuleBreach> read = ReadActiveSheet(source, unreadable);
+  std::string workbook_path = source.name;
+  std::variant<Sheet, RuleBreach> read = ReadActiveSheet(source, unreadable, workbook_path);
   if (auto* breach = std::get_if<RuleBreach>(&read)) return *breach;
   const Sheet& sheet = std::get<Sheet>(read);
 
@@ -100,7 +103,7 @@ std::variant<ImportSheet, RuleBreach> GetExcelBounds(
     const Cell& cell = row.cells[index];
     return cell.kind == CellKind::kError ? std::string() : cell.text;  // errors read as empty
   };
-  ImportSheet imported{ExcelArray(columns), {}};
+  ImportSheet imported{ExcelArray(columns), {}, workbook_path};
   static const SheetRow kEmptyRow;
   for (int32_t r = 1; r <= range.last_row; ++r) {
     progress.SetValue(r);

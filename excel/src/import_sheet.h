@@ -23,6 +23,9 @@ struct ImportSheet {
   ExcelArray cells;
   // The sheet row of each row of `cells`.
   std::vector<int32_t> sheet_rows;
+  // The workbook's file: the source's name, or the file of the document open
+  // in a program.
+  std::string workbook_path;
 };
 
 // Reads the active worksheet. A workbook that cannot be read, has no sheets

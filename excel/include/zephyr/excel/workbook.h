@@ -59,6 +59,9 @@ class Workbook {
   // Reads a worksheet; raises WorkbookError (kNotWorksheet) for a sheet that
   // is no worksheet and (kMalformed, kTooLarge) for bad content.
   virtual Sheet ReadSheet(size_t index) = 0;
+  // The document's file, where the source's name is not it (a document open
+  // in a program); empty otherwise. An import takes its title from it.
+  virtual std::string DocumentPath() const { return {}; }
 };
 
 // One of the component's run-time errors: file not found (53) for a missing

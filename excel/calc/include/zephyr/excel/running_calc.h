@@ -1,0 +1,32 @@
+// The running spreadsheet program: a LibreOffice Calc that listens on a
+// named pipe, reached over UNO. It is never started here; a user makes it
+// listen once (`zpopup calc-setup`).
+#ifndef ZEPHYR_EXCEL_RUNNING_CALC_H_
+#define ZEPHYR_EXCEL_RUNNING_CALC_H_
+
+#include <memory>
+#include <string>
+
+#include "zephyr/excel/workbook.h"
+
+namespace zephyr::excel {
+
+// The name the program shows in messages.
+inline constexpr const char* kCalcName = "LibreOffice Calc";
+
+// The pipe Calc listens on: $ZEPHYR_CALC_PIPE, else "zephyrpopup".
+std::string CalcPipeName();
+
+// Opens the spreadsheet document the running Calc shows (its current one,
+// else the first open spreadsheet) as a workbook whose active sheet is the
+// one its window shows. Raises WorkbookError: kNoProgram when nothing
+// listens on the pipe, kCannotOpen when Calc has no document open,
+// kNotWorksheet when the current document is no spreadsheet.
+std::unique_ptr<Workbook> OpenRunningCalc(const std::string& pipe = CalcPipeName());
+
+// The running Calc as the place an import reads from.
+SheetSource RunningCalc(const std::string& pipe = CalcPipeName());
+
+}  // namespace zephyr::excel
+
+#endif  // ZEPHYR_EXCEL_RUNNING_CALC_H_
