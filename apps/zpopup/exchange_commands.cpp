@@ -46,12 +46,15 @@ const char* const kImportUsage =
     "standard error; --strict refuses to save it.\n";
 
 const char* const kExportUsage =
-    "usage: zpopup export POPUP WORKBOOK [--verbose]\n\n"
+    "usage: zpopup export POPUP WORKBOOK [--verbose]\n"
+    "       zpopup export POPUP --calc [--verbose]\n\n"
     "Writes the popup to a new workbook that 'zpopup import' reads back: a heading\n"
     "row and one row per leaf with its key. WORKBOOK ends in .xlsx or .csv (UTF-8);\n"
     "- writes CSV to standard output. Items that cannot come back as they are\n"
     "(leaves above the deepest level, parents with companion values) are counted,\n"
-    "listed with --verbose, and make the command exit 1; everything else is written.\n";
+    "listed with --verbose, and make the command exit 1; everything else is written.\n"
+    "--calc writes the rows to a new sheet of the document open in the running\n"
+    "LibreOffice Calc instead, and shows it (see 'zpopup calc-setup').\n";
 
 namespace {
 
@@ -60,6 +63,24 @@ excel::SheetSource RunningCalcSource() {
 #ifdef ZEPHYR_WITH_CALC
   return excel::RunningCalc();
 #else
+  throw UsageError{"--calc: this zpopup was built without LibreOffice's SDK"};
+#endif
+}
+
+// Writes the popup to a new sheet in the running Calc; `written` names it.
+excel::ExportReport ExportToCalc(PopupClass& popup, std::string& written) {
+#ifdef ZEPHYR_WITH_CALC
+  std::string sheet;
+  try {
+    excel::ExportReport report = excel::ExportToRunningCalc(popup, &sheet);
+    written = "the sheet '" + sheet + "' in " + excel::kCalcName;
+    return report;
+  } catch (const excel::WorkbookError& error) {
+    throw FileError{excel::kCalcName, error.reason()};
+  }
+#else
+  (void)popup;
+  (void)written;
   throw UsageError{"--calc: this zpopup was built without LibreOffice's SDK"};
 #endif
 }
@@ -175,13 +196,19 @@ int Import(const Arguments& args) {
 }
 
 int Export(const Arguments& args) {
-  ParsedOptions options(args, {{"--verbose", false}});
-  if (options.Positional().size() != 2) throw UsageError{"export takes a POPUP and a WORKBOOK"};
+  ParsedOptions options(args, {{"--verbose", false}, {"--calc", false}});
+  const bool to_calc = options.Has("--calc");
+  if (options.Positional().size() != (to_calc ? 1u : 2u)) {
+    throw UsageError{to_calc ? "export --calc takes a POPUP"
+                             : "export takes a POPUP and a WORKBOOK"};
+  }
   PopupName name = ParsePopup(options.Positional()[0]);
-  const std::string& target = options.Positional()[1];
+  std::string target = to_calc ? std::string() : options.Positional()[1];
   auto popup = OpenExisting(name);
   excel::ExportReport report;
-  if (target == "-") {
+  if (to_calc) {
+    report = ExportToCalc(*popup, target);
+  } else if (target == "-") {
     report = excel::ExportToCsv(*popup, std::cout, "-");
   } else {
     ForFile(target, [&] { report = excel::ExportToWorkbook(*popup, target); });

@@ -15,11 +15,7 @@
 
 namespace zephyr::excel {
 
-namespace {
-
-// A sheet name the workbook format accepts: at most 31 characters, none of
-// []:*?/\, no apostrophe at either end.
-std::string SheetName(const std::string& title) {
+std::string ExportSheetName(const std::string& title) {
   std::string name;
   for (char c : title) {
     if (std::string_view("[]:*?/\\").find(c) == std::string_view::npos) name.push_back(c);
@@ -37,6 +33,8 @@ std::string SheetName(const std::string& title) {
   while (!name.empty() && (name.back() == '\'' || name.back() == ' ')) name.pop_back();
   return name.empty() ? "Popup" : name;
 }
+
+namespace {
 
 std::string Value(PopupItem& item, int32_t index) {
   auto values = item.PopupValues();
@@ -62,7 +60,7 @@ class XlsxSink : public RowSink {
   XlsxSink(const std::string& path, const std::string& sheet_name) : path_(path) {
     book_ = workbook_new(path.c_str());
     if (!book_) RaiseCannotWrite(path, "the file cannot be created");
-    sheet_ = workbook_add_worksheet(book_, SheetName(sheet_name).c_str());
+    sheet_ = workbook_add_worksheet(book_, ExportSheetName(sheet_name).c_str());
     if (!sheet_) sheet_ = workbook_add_worksheet(book_, "Popup");
   }
   ~XlsxSink() override {
@@ -126,8 +124,7 @@ class Exporter {
  private:
   void WriteHeading() {
     auto fields = popup_.PopupFields();
-    std::vector<std::string> heading{fields->Count() >= 1 ? fields->Item(1)->Name()
-                                                          : "Popup Code"};
+    std::vector<std::string> heading{fields->Count() >= 1 ? fields->Item(1)->Name() : "Popup Code"};
     for (const auto& level : *popup_.PopupLevels()) heading.push_back(level->Question().ToText());
     for (int32_t i = 3; i <= fields->Count(); ++i) heading.push_back(fields->Item(i)->Name());
     sink_.Write(heading);
@@ -200,6 +197,22 @@ ExportReport ExportToWorkbook(PopupClass& popup, const std::string& path) {
   }
   throw RuntimeError(RuntimeErrorCode::kBadFileNameOrNumber,
                      "cannot write '" + path + "': a workbook is written as .xlsx or .csv");
+}
+
+ExportedRows ExportRows(PopupClass& popup) {
+  class Collected : public RowSink {
+   public:
+    explicit Collected(std::vector<std::vector<std::string>>& rows) : rows_(rows) {}
+    void Write(const std::vector<std::string>& row) override { rows_.push_back(row); }
+    void Close() override {}
+
+   private:
+    std::vector<std::vector<std::string>>& rows_;
+  };
+  ExportedRows exported;
+  Collected sink(exported.rows);
+  exported.report = Exporter(popup, sink).Run();
+  return exported;
 }
 
 ExportReport ExportToCsv(PopupClass& popup, std::ostream& out, const std::string& name) {

@@ -289,6 +289,48 @@ std::unique_ptr<Workbook> OpenRunningCalc(const std::string& pipe) {
   });
 }
 
+ExportReport ExportToRunningCalc(PopupClass& popup, std::string* sheet_name,
+                                 const std::string& pipe) {
+  return Translated([&]() {
+    uno::Reference<frame::XDesktop2> desktop = frame::Desktop::create(Connect(pipe));
+    uno::Reference<sheet::XSpreadsheetDocument> document = CurrentSpreadsheet(desktop);
+    ExportedRows exported = ExportRows(popup);
+
+    uno::Reference<sheet::XSpreadsheets> sheets = document->getSheets();
+    std::string base = ExportSheetName(popup.Title());
+    std::string name = base;
+    for (int n = 2; sheets->hasByName(Unicode(name)); ++n) name = base + " " + std::to_string(n);
+    sheets->insertNewByName(Unicode(name),
+                            static_cast<sal_Int16>(sheets->getElementNames().getLength()));
+    uno::Reference<sheet::XSpreadsheet> sheet(sheets->getByName(Unicode(name)),
+                                              uno::UNO_QUERY_THROW);
+
+    // One rectangle of text, written in one call: the keys stay text.
+    size_t width = 0;
+    for (const auto& row : exported.rows) width = std::max(width, row.size());
+    uno::Sequence<uno::Sequence<uno::Any>> cells(static_cast<sal_Int32>(exported.rows.size()));
+    for (size_t r = 0; r < exported.rows.size(); ++r) {
+      uno::Sequence<uno::Any> row(static_cast<sal_Int32>(width));
+      for (size_t c = 0; c < width; ++c) {
+        const auto& texts = exported.rows[r];
+        row.getArray()[c] <<= Unicode(c < texts.size() ? texts[c] : std::string());
+      }
+      cells.getArray()[r] = row;
+    }
+    uno::Reference<table::XCellRange> range = sheet->getCellRangeByPosition(
+        0, 0, static_cast<sal_Int32>(width) - 1, static_cast<sal_Int32>(exported.rows.size()) - 1);
+    uno::Reference<sheet::XCellRangeData>(range, uno::UNO_QUERY_THROW)->setDataArray(cells);
+
+    uno::Reference<frame::XModel> model(document, uno::UNO_QUERY);
+    if (model.is()) {
+      uno::Reference<sheet::XSpreadsheetView> view(model->getCurrentController(), uno::UNO_QUERY);
+      if (view.is()) view->setActiveSheet(sheet);
+    }
+    if (sheet_name) *sheet_name = name;
+    return exported.report;
+  });
+}
+
 SheetSource RunningCalc(const std::string& pipe) {
   SheetSource source;
   source.name = kCalcName;

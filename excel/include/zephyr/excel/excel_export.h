@@ -29,6 +29,19 @@ struct ExportReport {
 // file when it cannot be written or has another extension.
 ExportReport ExportToWorkbook(PopupClass& popup, const std::string& path);
 
+// The rows an export writes, the heading row first, and its report: for
+// writers of other places, such as a running spreadsheet program.
+struct ExportedRows {
+  std::vector<std::vector<std::string>> rows;
+  ExportReport report;
+};
+ExportedRows ExportRows(PopupClass& popup);
+
+// A sheet name the workbook formats accept, made from a title: at most 31
+// characters, none of []:*?/\, no apostrophe or blank at either end; "Popup"
+// when nothing is left.
+std::string ExportSheetName(const std::string& title);
+
 // The same rows as CSV text on a stream; `name` stands for it in errors.
 ExportReport ExportToCsv(PopupClass& popup, std::ostream& out, const std::string& name);
 

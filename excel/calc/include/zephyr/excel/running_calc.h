@@ -7,7 +7,9 @@
 #include <memory>
 #include <string>
 
+#include "zephyr/excel/excel_export.h"
 #include "zephyr/excel/workbook.h"
+#include "zephyr/runtime/popup_class.h"
 
 namespace zephyr::excel {
 
@@ -26,6 +28,14 @@ std::unique_ptr<Workbook> OpenRunningCalc(const std::string& pipe = CalcPipeName
 
 // The running Calc as the place an import reads from.
 SheetSource RunningCalc(const std::string& pipe = CalcPipeName());
+
+// Exports the popup to a new sheet of the spreadsheet document the running
+// Calc shows: the rows a workbook export writes, in one call, on a sheet
+// named after the title as far as sheet names allow (numbered when the name
+// is taken), which is then made active. Raises WorkbookError as
+// OpenRunningCalc does; the sheet's name is in `sheet_name`.
+ExportReport ExportToRunningCalc(PopupClass& popup, std::string* sheet_name = nullptr,
+                                 const std::string& pipe = CalcPipeName());
 
 }  // namespace zephyr::excel
 
