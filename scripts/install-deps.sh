@@ -16,6 +16,8 @@ packages=(
   # for offscreen rendering and pdftotext for printed output.
   qt6-base-dev qt6-qpa-plugins qt6-tools-dev libqt6opengl6-dev libgl-dev
   fonts-dejavu-core poppler-utils
+  # The running spreadsheet program over UNO, and a headless Calc for its tests.
+  libreoffice-dev libreoffice-dev-common ure libreoffice-calc-nogui
   # Checks of the desktop entry, the AppStream description and the manual pages.
   desktop-file-utils appstream man-db shared-mime-info
 )

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "codepage_report.h"
+#include "calc_setup.h"
 #include "exchange_commands.h"
 #include "file_error.h"
 #include "json.h"
@@ -327,6 +328,8 @@ const std::vector<Command>& Commands() {
        New},
       {"import", "a popup from the active sheet of a workbook", kImportUsage, Import},
       {"export", "a popup to a new workbook", kExportUsage, Export},
+      {"calc-setup", "make LibreOffice Calc listen for import and export", kCalcSetupUsage,
+       CalcSetup},
   };
   return commands;
 }

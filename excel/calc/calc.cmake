@@ -32,6 +32,8 @@ set(zephyr_uno_types
   com.sun.star.frame.XController
   com.sun.star.frame.XDesktop2
   com.sun.star.frame.XModel
+  com.sun.star.sheet.FormulaResult
+  com.sun.star.sheet.XCalculatable
   com.sun.star.sheet.XCellRangeAddressable
   com.sun.star.sheet.XCellRangeData
   com.sun.star.sheet.XCellRangesQuery

@@ -61,21 +61,6 @@ class ScriptedClipboard : public Clipboard {
   std::string text;
 };
 
-// Products: two levels (Group, Item), fields Name(10) and Note(5);
-// 10 Fruit > 10 Apples, 20 Pears; 20 Bakery > 10 Bread.
-inline void WriteProducts(const std::string& folder) {
-  PopupDesign design;
-  design.title = "Products";
-  design.questions = {"Group", "Item"};
-  design.fields = {{"Name", 10}, {"Note", 5}};
-  WritePopupFiles(folder, "Products", design,
-                  {{"  20", "Bakery", "b"},
-                   {"  10", "Fruit", "f"},
-                   {"1020", "Pears", "p"},
-                   {"1010", "Apples", "a"},
-                   {"2010", "Bread", "r"}});
-}
-
 // Any Qt warning fails the running test; the offscreen platform's notes that
 // it does not pass size hints or raise windows for a window system it does
 // not have are no fault.

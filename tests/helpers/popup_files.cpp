@@ -45,4 +45,17 @@ void WritePopupFiles(const std::string& folder, const std::string& base, const P
   table.CloseFile();
 }
 
+void WriteProducts(const std::string& folder) {
+  PopupDesign design;
+  design.title = "Products";
+  design.questions = {"Group", "Item"};
+  design.fields = {{"Name", 10}, {"Note", 5}};
+  WritePopupFiles(folder, "Products", design,
+                  {{"  20", "Bakery", "b"},
+                   {"  10", "Fruit", "f"},
+                   {"1020", "Pears", "p"},
+                   {"1010", "Apples", "a"},
+                   {"2010", "Bread", "r"}});
+}
+
 }  // namespace zephyr::testing

@@ -25,6 +25,10 @@ void WritePopupFiles(const std::string& folder, const std::string& base, const P
                      const std::vector<Row>& rows, const std::string& template_name = {},
                      const std::string& data_name = {});
 
+// Products: two levels (Group, Item), fields Name(10) and Note(5);
+// 10 Fruit > 10 Apples, 20 Pears; 20 Bakery > 10 Bread.
+void WriteProducts(const std::string& folder);
+
 }  // namespace zephyr::testing
 
 #endif  // ZEPHYR_TESTS_HELPERS_POPUP_FILES_H_

@@ -13,6 +13,7 @@
 #include <com/sun/star/frame/XController.hpp>
 #include <com/sun/star/frame/XDesktop2.hpp>
 #include <com/sun/star/frame/XModel.hpp>
+#include <com/sun/star/sheet/FormulaResult.hpp>
 #include <com/sun/star/sheet/XCellRangeAddressable.hpp>
 #include <com/sun/star/sheet/XCellRangeData.hpp>
 #include <com/sun/star/sheet/XCellRangesQuery.hpp>
@@ -155,6 +156,7 @@ class CalcWorkbook : public Workbook {
     uno::Sequence<uno::Sequence<uno::Any>> values =
         uno::Reference<sheet::XCellRangeData>(cursor, uno::UNO_QUERY_THROW)->getDataArray();
     std::vector<bool> visible = VisibleRows(cursor, area);
+    std::vector<table::CellRangeAddress> errors = ErrorCells(cursor);
     FormatMap formats = NumberFormats(cursor);
 
     result.rows.resize(static_cast<size_t>(area.EndRow) + 1);
@@ -167,7 +169,9 @@ class CalcWorkbook : public Workbook {
         Cell& cell = row.cells[static_cast<size_t>(area.StartColumn + c)];
         OUString text;
         double number = 0;
-        if (cells[c] >>= text) {
+        if (Within(errors, area.StartColumn + c, area.StartRow + r)) {
+          cell.kind = CellKind::kError;  // "#N/A" and the like, whatever the array says
+        } else if (cells[c] >>= text) {
           cell.kind = text.isEmpty() ? CellKind::kEmpty : CellKind::kText;
           cell.text = Utf8(text);
         } else if (cells[c] >>= number) {
@@ -183,6 +187,28 @@ class CalcWorkbook : public Workbook {
 
   static std::string NameOf(const uno::Any& sheet) {
     return Utf8(uno::Reference<container::XNamed>(sheet, uno::UNO_QUERY_THROW)->getName());
+  }
+
+  // The cells whose formula ends in an error value.
+  static std::vector<table::CellRangeAddress> ErrorCells(
+      const uno::Reference<sheet::XSheetCellCursor>& cursor) {
+    uno::Reference<sheet::XSheetCellRanges> found(
+        uno::Reference<sheet::XCellRangesQuery>(cursor, uno::UNO_QUERY_THROW)
+            ->queryFormulaCells(sheet::FormulaResult::ERROR),
+        uno::UNO_QUERY_THROW);
+    uno::Sequence<table::CellRangeAddress> ranges = found->getRangeAddresses();
+    return std::vector<table::CellRangeAddress>(ranges.begin(), ranges.end());
+  }
+
+  static bool Within(const std::vector<table::CellRangeAddress>& ranges, sal_Int32 column,
+                     sal_Int32 row) {
+    for (const table::CellRangeAddress& range : ranges) {
+      if (column >= range.StartColumn && column <= range.EndColumn && row >= range.StartRow &&
+          row <= range.EndRow) {
+        return true;
+      }
+    }
+    return false;
   }
 
   // Which rows of the area show: neither hidden nor filtered out.

@@ -1,0 +1,301 @@
+// Import from and export to a running LibreOffice Calc: an office started
+// headless for these tests, with a profile and a pipe of its own, killed at
+// the end.
+#include "zephyr/excel/running_calc.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <xlsxwriter.h>
+
+#include <chrono>
+#include <com/sun/star/beans/PropertyValue.hpp>
+#include <com/sun/star/bridge/UnoUrlResolver.hpp>
+#include <com/sun/star/container/XEnumeration.hpp>
+#include <com/sun/star/container/XEnumerationAccess.hpp>
+#include <com/sun/star/container/XIndexAccess.hpp>
+#include <com/sun/star/frame/Desktop.hpp>
+#include <com/sun/star/frame/XDesktop2.hpp>
+#include <com/sun/star/frame/XModel.hpp>
+#include <com/sun/star/sheet/XCalculatable.hpp>
+#include <com/sun/star/sheet/XSpreadsheet.hpp>
+#include <com/sun/star/sheet/XSpreadsheetDocument.hpp>
+#include <com/sun/star/sheet/XSpreadsheetView.hpp>
+#include <com/sun/star/util/XCloseable.hpp>
+#include <cppuhelper/bootstrap.hxx>
+#include <rtl/bootstrap.hxx>
+#include <thread>
+
+#include "helpers/popup_files.h"
+#include "helpers/recorders.h"
+#include "helpers/temp_dir.h"
+#include "zephyr/excel/excel_import.h"
+
+extern char** environ;
+
+namespace zephyr::excel {
+namespace {
+
+namespace uno_api = ::com::sun::star;
+using testing::ReadBytes;
+using testing::TempDir;
+
+class NoLevels : public LevelPrompt {
+ public:
+  int PromptForLevels() override { return 2; }
+};
+
+// A sheet for xlsxwriter: rows of text, with the formula "=NA()" for "#N/A".
+void WriteRows(lxw_worksheet* sheet, const std::vector<std::vector<std::string>>& rows) {
+  for (size_t r = 0; r < rows.size(); ++r) {
+    for (size_t c = 0; c < rows[r].size(); ++c) {
+      if (rows[r][c] == "#N/A") {
+        worksheet_write_formula_str(sheet, static_cast<lxw_row_t>(r), static_cast<lxw_col_t>(c),
+                                    "=NA()", nullptr, "#N/A");
+      } else {
+        worksheet_write_string(sheet, static_cast<lxw_row_t>(r), static_cast<lxw_col_t>(c),
+                               rows[r][c].c_str(), nullptr);
+      }
+    }
+  }
+}
+
+class RunningCalcTest : public ::testing::Test {
+ protected:
+  static constexpr const char* kOffice = "/usr/bin/soffice";
+
+  static void SetUpTestSuite() {
+    if (::access(kOffice, X_OK) != 0) return;
+    office_dir_ = new TempDir();
+    pipe_ = "zephyrtest" + std::to_string(::getpid());
+    std::string profile = "-env:UserInstallation=file://" + office_dir_->Path() + "/profile";
+    std::string accept = "--accept=pipe,name=" + pipe_ + ";urp;StarOffice.ComponentContext";
+    std::vector<std::string> args = {kOffice,    "--headless", "--invisible", "--norestore",
+                                     "--nologo", profile,      accept};
+    std::vector<char*> argv;
+    for (auto& arg : args) argv.push_back(arg.data());
+    argv.push_back(nullptr);
+    // The launcher starts the office as its child: both get a process group
+    // of their own, which the end kills. Their output goes nowhere, so that
+    // they hold no pipe of ours.
+    posix_spawn_file_actions_t files;
+    posix_spawn_file_actions_init(&files);
+    posix_spawn_file_actions_addopen(&files, 1, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&files, 2, "/dev/null", O_WRONLY, 0);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+    posix_spawnattr_setpgroup(&attributes, 0);
+    if (::posix_spawn(&office_, argv[0], &files, &attributes, argv.data(), environ) != 0) {
+      office_ = 0;
+    }
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&files);
+  }
+
+  static void TearDownTestSuite() {
+    if (office_ > 0) {
+      ::kill(-office_, SIGKILL);
+      ::waitpid(office_, nullptr, 0);
+    }
+    delete office_dir_;
+  }
+
+  void SetUp() override {
+    if (office_ <= 0)
+      GTEST_SKIP() << "no LibreOffice (soffice) to run: install libreoffice-calc-nogui";
+    Desktop();  // waits for the office to listen
+  }
+
+  void TearDown() override {
+    if (office_ <= 0) return;
+    // Every test starts with no document open.
+    auto open = Desktop()->getComponents()->createEnumeration();
+    while (open->hasMoreElements()) {
+      uno_api::uno::Reference<uno_api::util::XCloseable> document(open->nextElement(),
+                                                                  uno_api::uno::UNO_QUERY);
+      if (document.is()) document->close(true);
+    }
+  }
+
+  static uno_api::uno::Reference<uno_api::frame::XDesktop2> Desktop() {
+    static const auto local = []() {
+      rtl::Bootstrap::set("URE_BOOTSTRAP", ZEPHYR_URE_BOOTSTRAP);
+      return cppu::defaultBootstrap_InitialComponentContext();
+    }();
+    auto resolver = uno_api::bridge::UnoUrlResolver::create(local);
+    rtl::OUString url = rtl::OUString::createFromAscii(
+        ("uno:pipe,name=" + pipe_ + ";urp;StarOffice.ComponentContext").c_str());
+    for (int attempt = 0;; ++attempt) {
+      try {
+        uno_api::uno::Reference<uno_api::uno::XComponentContext> context(
+            resolver->resolve(url), uno_api::uno::UNO_QUERY_THROW);
+        return uno_api::frame::Desktop::create(context);
+      } catch (const uno_api::uno::Exception&) {
+        if (attempt == 600) throw;
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+      }
+    }
+  }
+
+  // Opens a workbook in the office without a window and shows one of its sheets.
+  static void Show(const std::string& path, int sheet) {
+    uno_api::uno::Sequence<uno_api::beans::PropertyValue> hidden(1);
+    hidden.getArray()[0].Name = "Hidden";
+    hidden.getArray()[0].Value <<= true;
+    auto loaded = Desktop()->loadComponentFromURL(
+        rtl::OUString::createFromAscii(("file://" + path).c_str()), "_blank", 0, hidden);
+    uno_api::uno::Reference<uno_api::sheet::XSpreadsheetDocument> document(
+        loaded, uno_api::uno::UNO_QUERY_THROW);
+    // Formulas as a user's office shows them: worked out, not as cached in the file.
+    uno_api::uno::Reference<uno_api::sheet::XCalculatable>(document, uno_api::uno::UNO_QUERY_THROW)
+        ->calculateAll();
+    uno_api::uno::Reference<uno_api::container::XIndexAccess> sheets(document->getSheets(),
+                                                                     uno_api::uno::UNO_QUERY_THROW);
+    uno_api::uno::Reference<uno_api::sheet::XSpreadsheet> shown(sheets->getByIndex(sheet),
+                                                                uno_api::uno::UNO_QUERY_THROW);
+    uno_api::uno::Reference<uno_api::frame::XModel> model(document, uno_api::uno::UNO_QUERY_THROW);
+    uno_api::uno::Reference<uno_api::sheet::XSpreadsheetView>(model->getCurrentController(),
+                                                              uno_api::uno::UNO_QUERY_THROW)
+        ->setActiveSheet(shown);
+  }
+
+  // Imports into a new popup NAME of the test folder and saves it; the
+  // popup's files as bytes, or the outcome when it did not import.
+  std::string Imported(const SheetSource& source, const std::string& name) {
+    PopupClass popup;
+    popup.PopupPath(dir_.Path());
+    popup.DataSource(name);
+    NoLevels levels;
+    ImportUi ui{messages_, progress_, levels};
+    messages_.answers = {MessageAnswer::kNo};  // a new popup takes the sheet's design
+    ImportOutcome outcome = ImportFromWorkbook(popup, source, ui);
+    if (outcome != ImportOutcome::kImported) return "outcome " + std::to_string(int(outcome));
+    return ReadBytes(dir_.File(name + ".ZPT")) + ReadBytes(dir_.File(name + ".ZPD"));
+  }
+
+  std::vector<std::string> Prompts() {
+    std::vector<std::string> prompts;
+    for (const auto& message : messages_.shown) prompts.push_back(message.prompt);
+    messages_.shown.clear();
+    return prompts;
+  }
+
+  static inline pid_t office_ = 0;
+  static inline TempDir* office_dir_ = nullptr;
+  static inline std::string pipe_;
+  TempDir dir_;
+  testing::ScriptedMessageBox messages_;
+  NoProgress progress_;
+};
+
+TEST_F(RunningCalcTest, TheShownSheetImportsAsTheSameWorkbookFileDoes) {
+  const std::vector<std::vector<std::string>> keyed = {{"Key", "Group", "Item", "Note"},
+                                                       {"0101", "Fruit", "Apples", "#N/A"},
+                                                       {"0102", "Fruit", "Café crème", "x"},
+                                                       {"0201", "Bakery", "Hidden", "y"},
+                                                       {"0202", "Bakery", "Bread", "z"}};
+  const std::vector<std::vector<std::string>> keyless = {{"Key", "Group", "Item", "Note"},
+                                                         {"", "Fruit", "Apples", "a"},
+                                                         {"", "Fruit", "Pears", "b"},
+                                                         {"", "Bakery", "Bread", "c"}};
+  for (const auto* rows : {&keyed, &keyless}) {
+    const bool with_keys = rows == &keyed;
+    std::string path = dir_.File(with_keys ? "keyed.xlsx" : "keyless.xlsx");
+    lxw_workbook* book = workbook_new(path.c_str());
+    WriteRows(workbook_add_worksheet(book, "Notes"), {{"not this sheet"}});
+    lxw_worksheet* data = workbook_add_worksheet(book, "Data");
+    WriteRows(data, *rows);
+    lxw_row_col_options hidden = {1, 0, 0};
+    if (with_keys) worksheet_set_row_opt(data, 3, LXW_DEF_ROW_HEIGHT, nullptr, &hidden);
+    worksheet_activate(data);
+    ASSERT_EQ(workbook_close(book), LXW_NO_ERROR);
+
+    Show(path, 1);
+    std::string from_calc = Imported(RunningCalc(pipe_), "FromCalc");
+    std::string from_file = Imported(SheetSource::File(path), "FromFile");
+    EXPECT_EQ(from_calc, from_file) << path;
+    if (with_keys) {
+      EXPECT_NE(from_calc.find("Caf\xE9 cr\xE8me"), std::string::npos) << "in Windows-1252";
+      EXPECT_EQ(from_calc.find("Hidden"), std::string::npos);
+    }
+    TearDown();
+  }
+}
+
+TEST_F(RunningCalcTest, EverySheetRuleSpeaksAsForAFile) {
+  const std::vector<std::vector<std::vector<std::string>>> broken = {
+      {{"Key", "Group", "Item", "Note"}},                 // fewer than 2 rows
+      {{"Key", "Item", "Note"}, {"A1", "Apples", "x"}},   // first key no number
+      {{"Key", "Item", "Note"}, {"011", "Apples", "x"}},  // odd key length
+      {{"Key", "Item", "Note"}, {"01", "Apples", "x"}, {"01", "Pears", "y"}},  // duplicate key
+      {{"Key", "Group", "Item"}, {"0101", "Fruit", ""}},                       // blank level
+  };
+  for (size_t i = 0; i < broken.size(); ++i) {
+    std::string path = dir_.File("broken" + std::to_string(i) + ".xlsx");
+    lxw_workbook* book = workbook_new(path.c_str());
+    WriteRows(workbook_add_worksheet(book, "Data"), broken[i]);
+    ASSERT_EQ(workbook_close(book), LXW_NO_ERROR);
+    Show(path, 0);
+    Imported(RunningCalc(pipe_), "P");
+    std::vector<std::string> from_calc = Prompts();
+    Imported(SheetSource::File(path), "P");
+    EXPECT_EQ(from_calc, Prompts()) << path;
+    EXPECT_FALSE(from_calc.empty());
+    TearDown();
+  }
+}
+
+TEST_F(RunningCalcTest, AnExportIsANewActiveSheetThatReadsBack) {
+  std::string path = dir_.File("open.xlsx");
+  lxw_workbook* book = workbook_new(path.c_str());
+  WriteRows(workbook_add_worksheet(book, "Sheet1"), {{"open"}});
+  ASSERT_EQ(workbook_close(book), LXW_NO_ERROR);
+  Show(path, 0);
+  PopupClass popup;
+  testing::WriteProducts(dir_.Path());
+  popup.PopupPath(dir_.Path());
+  popup.DataSource("Products");
+  popup.OpenPopup();
+
+  std::string sheet;
+  ExportReport report = ExportToRunningCalc(popup, &sheet, pipe_);
+  EXPECT_EQ(sheet, "Products");
+  std::unique_ptr<Workbook> calc = OpenRunningCalc(pipe_);
+  ASSERT_EQ(calc->Sheets().at(calc->ActiveSheet()).name, "Products");
+  Sheet written = calc->ReadSheet(calc->ActiveSheet());
+  std::vector<std::vector<std::string>> cells;
+  for (const SheetRow& row : written.rows) {
+    cells.emplace_back();
+    for (const Cell& cell : row.cells) cells.back().push_back(cell.text);
+  }
+  EXPECT_EQ(cells, ExportRows(popup).rows);
+  EXPECT_EQ(report.rows_written, 3);
+  ExportToRunningCalc(popup, &sheet, pipe_);
+  EXPECT_EQ(sheet, "Products 2");
+}
+
+TEST_F(RunningCalcTest, NoOfficeOnThePipeIsToldAndChangesNothing) {
+  testing::WriteProducts(dir_.Path());
+  PopupClass popup;
+  popup.PopupPath(dir_.Path());
+  popup.DataSource("Products");
+  popup.OpenPopup();
+  NoLevels levels;
+  ImportUi ui{messages_, progress_, levels};
+  EXPECT_FALSE(ExcelImport(popup, RunningCalc("zephyr-nobody-listens"), ui));
+  std::vector<std::string> prompts = Prompts();
+  ASSERT_FALSE(prompts.empty());
+  EXPECT_EQ(prompts.front().rfind("ZephyrPopup could not detect a loaded copy of Microsoft Excel. "
+                                  "Please load Microsoft Excel before continuing.",
+                                  0),
+            0u);
+  EXPECT_EQ(popup.PopupItems()->Count(), 2);
+  EXPECT_EQ(popup.Title(), "Products");
+}
+
+}  // namespace
+}  // namespace zephyr::excel
