@@ -56,6 +56,12 @@ bool OfficeRunning() {
     std::ifstream comm(entry.path() / "comm");
     std::string name;
     if (!std::getline(comm, name) || name != "soffice.bin") continue;
+    // An office that ended but was never reaped runs no more.
+    std::ifstream stat_file(entry.path() / "stat");
+    std::string stat_line;
+    std::getline(stat_file, stat_line);
+    size_t state = stat_line.rfind(") ");
+    if (state != std::string::npos && stat_line.compare(state + 2, 1, "Z") == 0) continue;
     struct stat info {};
     if (::stat(entry.path().c_str(), &info) == 0 && info.st_uid == ::getuid()) return true;
   }

@@ -22,6 +22,7 @@
 #include "outline_view.h"
 #include "zephyr/editor/new_key_prompt.h"
 #include "zephyr/editor/popup_control_edit.h"
+#include "zephyr/excel/workbook.h"
 #include "zephyr/support/errors.h"
 
 class QAction;
@@ -93,6 +94,9 @@ class EditorState : public QObject {
 
   // --- workbooks ---
   std::optional<std::string> PickWorkbook();
+  // Where an import reads: the running spreadsheet program, or a workbook
+  // file the user picks; none when the user cancelled.
+  std::optional<excel::SheetSource> SheetToImport();
   void ImportFromExcel();
   // The workbook written, or empty.
   std::string ExportToExcel();
@@ -114,6 +118,8 @@ class EditorState : public QObject {
   bool closing = false;
   bool Loading = false;
   bool Opening = false;
+  // Import from and export to the running spreadsheet program first.
+  bool use_running_spreadsheet = true;
 
   // The two views.
   DesignView* design = nullptr;

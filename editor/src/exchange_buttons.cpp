@@ -10,6 +10,9 @@
 #include "levels_dialog.h"
 #include "zephyr/excel/excel_export.h"
 #include "zephyr/excel/excel_import.h"
+#ifdef ZEPHYR_WITH_CALC
+#include "zephyr/excel/running_calc.h"
+#endif
 #include "zephyr/support/debug_log.h"
 #include "zephyr/support/text.h"
 
@@ -90,9 +93,9 @@ void EditorState::ImportFromExcel() {
     if (!design->Validate()) return;
     SaveDesign();
   }
-  std::optional<std::string> workbook = PickWorkbook();
-  if (!workbook) return;
   const EditorSession::Services& services = session.services();
+  std::optional<excel::SheetSource> source = SheetToImport();
+  if (!source) return;
   ProgressUnloader shown(*services.progress);
   services.progress->Show();
   DialogLevelPrompt levels(q, services.messages);
@@ -102,7 +105,26 @@ void EditorState::ImportFromExcel() {
   auto imported = WithDesignOf(*session.Popup());
   imported->SetMessageBox(services.messages);
   imported->SetProgress(services.progress);
-  if (excel::ExcelImport(*imported, *workbook, ui)) {
+  // Nothing listening: the user may take a workbook file instead.
+  std::optional<excel::WorkbookError::Kind> unreadable;
+  ui.unreadable = [&](const excel::WorkbookError& error) { unreadable = error.kind(); };
+  bool done = excel::ExcelImport(*imported, *source, ui);
+  if (!done && unreadable == excel::WorkbookError::Kind::kNoProgram) {
+    services.progress->Unload();
+    if (session.Tell("Import from a workbook file instead?", MessageButtons::kYesNo,
+                     "Import From Excel") != MessageAnswer::kYes) {
+      return;
+    }
+    std::optional<std::string> workbook = PickWorkbook();
+    if (!workbook) return;
+    services.progress->Show();
+    imported = WithDesignOf(*session.Popup());
+    imported->SetMessageBox(services.messages);
+    imported->SetProgress(services.progress);
+    ui.unreadable = nullptr;
+    done = excel::ExcelImport(*imported, *workbook, ui);
+  }
+  if (done) {
     BranchLayout outline = data->OutlineLayout();
     std::vector<int32_t> expanded = data->ExpandedIn(outline);
     std::shared_ptr<PopupClass> replaced = session.Popup();
@@ -113,6 +135,15 @@ void EditorState::ImportFromExcel() {
                                      std::move(outline), std::move(expanded)));
   }
   design->SizeFieldColumns();
+}
+
+std::optional<excel::SheetSource> EditorState::SheetToImport() {
+#ifdef ZEPHYR_WITH_CALC
+  if (use_running_spreadsheet) return excel::RunningCalc();
+#endif
+  std::optional<std::string> workbook = PickWorkbook();
+  if (!workbook) return std::nullopt;
+  return excel::SheetSource::File(*workbook);
 }
 
 void EditorState::PopupReplaced() {
@@ -134,6 +165,26 @@ std::string EditorState::ExportToExcel() {
     if (!design->Validate()) return {};
     SaveDesign();
   }
+#ifdef ZEPHYR_WITH_CALC
+  // The document open in the running Calc first; a workbook file when there
+  // is none.
+  if (use_running_spreadsheet) {
+    try {
+      std::string sheet;
+      excel::ExportReport report = excel::ExportToRunningCalc(*session.Popup(), &sheet);
+      std::string place = "the sheet '" + sheet + "' in " + excel::kCalcName;
+      session.Tell(
+          ExportSummary(report, place), MessageButtons::kOk, "Export To Excel",
+          report.cannot_round_trip.empty() ? MessageIcon::kInformation : MessageIcon::kExclamation);
+      return place;
+    } catch (const excel::WorkbookError& error) {
+      if (error.kind() != excel::WorkbookError::Kind::kNoProgram &&
+          error.kind() != excel::WorkbookError::Kind::kCannotOpen) {
+        throw;
+      }
+    }
+  }
+#endif
   FileDialogRequest request;
   request.title = "Export To Excel";
   request.filter = "Excel Workbook (*.xlsx)|*.xlsx";

@@ -431,6 +431,10 @@ void PopupControlEdit::SetClipboard(std::shared_ptr<Clipboard> clipboard) {
   state_->session.SetServices(std::move(services));
 }
 
+void PopupControlEdit::UseRunningSpreadsheet(bool use) {
+  state_->use_running_spreadsheet = use;
+}
+
 void PopupControlEdit::SetNewKeyPrompt(std::shared_ptr<NewKeyPrompt> prompt) {
   auto services = state_->session.services();
   services.new_key_prompt = prompt ? std::move(prompt) : state_->DefaultNewKeyPrompt();

@@ -170,5 +170,19 @@ for command in show dump info check new import export; do
   check "$command --help exits 0" 0 $?
 done
 
+# calc-setup puts the pipe into a LibreOffice profile, once however often it
+# runs (unless an office of this user runs, when it leaves the profile alone).
+if ! pgrep -x -r R,S,D,I soffice.bin >/dev/null 2>&1; then
+  settings=$work/config/libreoffice/4/user/registrymodifications.xcu
+  XDG_CONFIG_HOME=$work/config ZEPHYR_CALC_PIPE=first "$zpopup" calc-setup 2>/dev/null
+  XDG_CONFIG_HOME=$work/config ZEPHYR_CALC_PIPE=clitest "$zpopup" calc-setup 2>/dev/null
+  check "calc-setup exits 0" 0 $?
+  check "one connection setting, the last pipe" \
+    "1 pipe,name=clitest;urp;StarOffice.ComponentContext" \
+    "$(grep -c ooSetupConnectionURL "$settings") $(sed -n 's/.*<value>\(pipe[^<]*\)<.*/\1/p' "$settings")"
+fi
+"$zpopup" calc-setup extra >/dev/null 2>&1
+check "calc-setup takes no arguments" 2 $?
+
 echo "$((checks - failures)) passed, $failures failed"
 exit $((failures > 0))

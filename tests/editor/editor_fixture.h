@@ -99,6 +99,9 @@ class EditorFixture {
     editor->SetProgress(std::make_shared<NoProgress>());
     editor->SetNewKeyPrompt(keys);
     editor->SetClipboard(clipboard);
+    // Workbook files only, whatever office runs on the machine; the running
+    // spreadsheet's own test turns it on.
+    editor->UseRunningSpreadsheet(false);
     editor->resize(800, 500);
     editor->show();
     editor->activateWindow();

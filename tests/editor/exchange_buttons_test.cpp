@@ -7,6 +7,7 @@
 #include <QTableView>
 #include <QTest>
 #include <QTimer>
+#include <filesystem>
 #include <functional>
 
 #include "editor_fixture.h"
@@ -106,6 +107,35 @@ class ExchangeButtonsTest : public QObject, zephyr::testing::EditorFixture {
     dialog->answers = {};
     QTest::mouseClick(Child<QPushButton>("cmdImport"), Qt::LeftButton);
     QCOMPARE(dialog->requests.back().initial_folder, dir->Path());
+  }
+
+  // With no spreadsheet program listening, Import says so as the component
+  // does and offers a workbook file; Export goes to a file at once.
+  void noRunningSpreadsheetFallsBackToFiles() {
+#ifndef ZEPHYR_WITH_CALC
+    QSKIP("built without LibreOffice's SDK: the editor uses workbook files only");
+#endif
+    qputenv("ZEPHYR_CALC_PIPE", "zephyr-nobody-listens");
+    editor->UseRunningSpreadsheet(true);
+    zephyr::testing::WriteBytes(dir->File("sheet.csv"),
+                                "Key,Group,Note\n10,Fruit,f\n20,Bakery,b\n");
+    messages->answers = {MessageAnswer::kOk, MessageAnswer::kOk, MessageAnswer::kYes,
+                         MessageAnswer::kNo};
+    dialog->answers = {dir->File("sheet.csv")};
+    QTest::mouseClick(Child<QPushButton>("cmdImport"), Qt::LeftButton);
+    const std::vector<std::string> prompts = Prompts();
+    QVERIFY(prompts.size() >= 3);
+    QVERIFY(prompts[0].rfind("ZephyrPopup could not detect a loaded copy of Microsoft Excel.", 0) ==
+            0);
+    QCOMPARE(prompts[2], std::string("Import from a workbook file instead?"));
+    QCOMPARE(dialog->requests.back().title, std::string("Import From Excel"));
+    QCOMPARE(editor->Popup()->Levels(), int16_t{1});  // the sheet's design, taken
+
+    dialog->answers = {dir->File("out.xlsx")};
+    QTest::mouseClick(Child<QPushButton>("cmdExport"), Qt::LeftButton);
+    QCOMPARE(dialog->requests.back().title, std::string("Export To Excel"));
+    QVERIFY(std::filesystem::exists(dir->File("out.xlsx")));
+    qunsetenv("ZEPHYR_CALC_PIPE");
   }
 
   void differentStructureIsKeptReplacedOrLeftAlone_data() {

@@ -178,6 +178,10 @@ class PopupControlEdit : public QWidget {
   void SetProgress(std::shared_ptr<Progress> progress);
   void SetClipboard(std::shared_ptr<Clipboard> clipboard);
   void SetNewKeyPrompt(std::shared_ptr<NewKeyPrompt> prompt);
+  // Whether Import and Export go to the running LibreOffice Calc first (the
+  // default, where the editor was built with LibreOffice's SDK) or straight
+  // to workbook files.
+  void UseRunningSpreadsheet(bool use);
 
  signals:
   void BeforeDataMode();
