@@ -1,7 +1,8 @@
 // Importing a 100,000-row keyed sheet (3 levels, 2 companion columns) from
 // .xlsx, split into reading the workbook, the sheet checks and the whole
-// import (which also builds the tree and saves the popup); and the literal
-// quadratic checks on 5,000 rows as the baseline of the hashing ones.
+// import (which also builds the tree and saves the popup); the same import
+// from a running Calc over its pipe; and the literal quadratic checks on
+// 5,000 rows as the baseline of the hashing ones.
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
 #include <xlsxwriter.h>
@@ -12,8 +13,12 @@
 #include <string>
 
 #include "helpers/literal_scans.h"
-#include "zephyr/excel/excel_import.h"
+#ifdef ZEPHYR_WITH_CALC
+#include "helpers/headless_office.h"
+#include "zephyr/excel/running_calc.h"
+#endif
 #include "sheet_scans.h"
+#include "zephyr/excel/excel_import.h"
 #include "zephyr/excel/workbook.h"
 
 namespace zephyr::bench {
@@ -113,6 +118,34 @@ void BM_WholeImport(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
+
+#ifdef ZEPHYR_WITH_CALC
+// The same sheet shown in a running Calc, imported over the pipe: against
+// BM_WholeImport, which reads it from the .xlsx file.
+void BM_WholeImportFromCalc(benchmark::State& state) {
+  static testing::HeadlessOffice office;
+  if (!office.Started()) {
+    state.SkipWithError("no LibreOffice to run");
+    return;
+  }
+  office.CloseAll();
+  office.Show(MakeSheet(static_cast<int>(state.range(0))), 0);
+  Answers answers;
+  NoProgress progress;
+  excel::ImportUi ui{answers, progress, answers};
+  for (auto _ : state) {
+    PopupClass popup;
+    popup.PopupPath(Folder());
+    popup.DataSource("FromCalc");
+    if (excel::ImportFromWorkbook(popup, excel::RunningCalc(office.Pipe()), ui) !=
+        excel::ImportOutcome::kImported) {
+      state.SkipWithError("the import failed");
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(BM_WholeImportFromCalc)->Arg(100'000)->Unit(benchmark::kMillisecond);
+#endif
 
 BENCHMARK(BM_ReadWorkbook)->Arg(100'000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_SheetChecks)->Arg(5'000)->Arg(100'000)->Unit(benchmark::kMillisecond);

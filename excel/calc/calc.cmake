@@ -71,6 +71,9 @@ target_compile_definitions(zephyr_uno INTERFACE LINUX UNX CPPU_ENV=gcc3
   ZEPHYR_URE_BOOTSTRAP="vnd.sun.star.pathname:${zephyr_office_program}/fundamentalrc")
 target_link_libraries(zephyr_uno INTERFACE ${ZEPHYR_UNO_CPPUHELPER} ${ZEPHYR_UNO_CPPU}
   ${ZEPHYR_UNO_SAL} "-Wl,-rpath-link,${zephyr_office_program}")
+# The office's libraries find theirs beside them: whatever links them directly
+# loads them from there.
+target_link_options(zephyr_uno INTERFACE "$<BUILD_INTERFACE:-Wl,-rpath,${zephyr_office_program}>")
 
 add_library(zephyr_calc ${CMAKE_CURRENT_SOURCE_DIR}/calc/src/running_calc.cpp)
 add_dependencies(zephyr_calc zephyr_uno_headers)

@@ -1,45 +1,19 @@
 // Import from and export to a running LibreOffice Calc: an office started
-// headless for these tests, with a profile and a pipe of its own, killed at
-// the end.
+// headless for these tests.
 #include "zephyr/excel/running_calc.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <xlsxwriter.h>
 
-#include <chrono>
-#include <com/sun/star/beans/PropertyValue.hpp>
-#include <com/sun/star/bridge/UnoUrlResolver.hpp>
-#include <com/sun/star/container/XEnumeration.hpp>
-#include <com/sun/star/container/XEnumerationAccess.hpp>
-#include <com/sun/star/container/XIndexAccess.hpp>
-#include <com/sun/star/frame/Desktop.hpp>
-#include <com/sun/star/frame/XDesktop2.hpp>
-#include <com/sun/star/frame/XModel.hpp>
-#include <com/sun/star/sheet/XCalculatable.hpp>
-#include <com/sun/star/sheet/XSpreadsheet.hpp>
-#include <com/sun/star/sheet/XSpreadsheetDocument.hpp>
-#include <com/sun/star/sheet/XSpreadsheetView.hpp>
-#include <com/sun/star/util/XCloseable.hpp>
-#include <cppuhelper/bootstrap.hxx>
-#include <rtl/bootstrap.hxx>
-#include <thread>
-
+#include "helpers/headless_office.h"
 #include "helpers/popup_files.h"
 #include "helpers/recorders.h"
 #include "helpers/temp_dir.h"
 #include "zephyr/excel/excel_import.h"
 
-extern char** environ;
-
 namespace zephyr::excel {
 namespace {
 
-namespace uno_api = ::com::sun::star;
 using testing::ReadBytes;
 using testing::TempDir;
 
@@ -67,101 +41,24 @@ class RunningCalcTest : public ::testing::Test {
  protected:
   static constexpr const char* kOffice = "/usr/bin/soffice";
 
-  static void SetUpTestSuite() {
-    if (::access(kOffice, X_OK) != 0) return;
-    office_dir_ = new TempDir();
-    pipe_ = "zephyrtest" + std::to_string(::getpid());
-    std::string profile = "-env:UserInstallation=file://" + office_dir_->Path() + "/profile";
-    std::string accept = "--accept=pipe,name=" + pipe_ + ";urp;StarOffice.ComponentContext";
-    std::vector<std::string> args = {kOffice,    "--headless", "--invisible", "--norestore",
-                                     "--nologo", profile,      accept};
-    std::vector<char*> argv;
-    for (auto& arg : args) argv.push_back(arg.data());
-    argv.push_back(nullptr);
-    // The launcher starts the office as its child: both get a process group
-    // of their own, which the end kills. Their output goes nowhere, so that
-    // they hold no pipe of ours.
-    posix_spawn_file_actions_t files;
-    posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_addopen(&files, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&files, 2, "/dev/null", O_WRONLY, 0);
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
-    posix_spawnattr_setpgroup(&attributes, 0);
-    if (::posix_spawn(&office_, argv[0], &files, &attributes, argv.data(), environ) != 0) {
-      office_ = 0;
-    }
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&files);
-  }
-
+  static void SetUpTestSuite() { office_ = new testing::HeadlessOffice(); }
   static void TearDownTestSuite() {
-    if (office_ > 0) {
-      ::kill(-office_, SIGKILL);
-      ::waitpid(office_, nullptr, 0);
-    }
-    delete office_dir_;
+    delete office_;
+    office_ = nullptr;
   }
 
   void SetUp() override {
-    if (office_ <= 0)
+    if (!office_->Started()) {
       GTEST_SKIP() << "no LibreOffice (soffice) to run: install libreoffice-calc-nogui";
-    Desktop();  // waits for the office to listen
+    }
+    pipe_ = office_->Pipe();
   }
 
   void TearDown() override {
-    if (office_ <= 0) return;
-    // Every test starts with no document open.
-    auto open = Desktop()->getComponents()->createEnumeration();
-    while (open->hasMoreElements()) {
-      uno_api::uno::Reference<uno_api::util::XCloseable> document(open->nextElement(),
-                                                                  uno_api::uno::UNO_QUERY);
-      if (document.is()) document->close(true);
-    }
+    if (office_->Started()) office_->CloseAll();  // every test starts with none open
   }
 
-  static uno_api::uno::Reference<uno_api::frame::XDesktop2> Desktop() {
-    static const auto local = []() {
-      rtl::Bootstrap::set("URE_BOOTSTRAP", ZEPHYR_URE_BOOTSTRAP);
-      return cppu::defaultBootstrap_InitialComponentContext();
-    }();
-    auto resolver = uno_api::bridge::UnoUrlResolver::create(local);
-    rtl::OUString url = rtl::OUString::createFromAscii(
-        ("uno:pipe,name=" + pipe_ + ";urp;StarOffice.ComponentContext").c_str());
-    for (int attempt = 0;; ++attempt) {
-      try {
-        uno_api::uno::Reference<uno_api::uno::XComponentContext> context(
-            resolver->resolve(url), uno_api::uno::UNO_QUERY_THROW);
-        return uno_api::frame::Desktop::create(context);
-      } catch (const uno_api::uno::Exception&) {
-        if (attempt == 600) throw;
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-      }
-    }
-  }
-
-  // Opens a workbook in the office without a window and shows one of its sheets.
-  static void Show(const std::string& path, int sheet) {
-    uno_api::uno::Sequence<uno_api::beans::PropertyValue> hidden(1);
-    hidden.getArray()[0].Name = "Hidden";
-    hidden.getArray()[0].Value <<= true;
-    auto loaded = Desktop()->loadComponentFromURL(
-        rtl::OUString::createFromAscii(("file://" + path).c_str()), "_blank", 0, hidden);
-    uno_api::uno::Reference<uno_api::sheet::XSpreadsheetDocument> document(
-        loaded, uno_api::uno::UNO_QUERY_THROW);
-    // Formulas as a user's office shows them: worked out, not as cached in the file.
-    uno_api::uno::Reference<uno_api::sheet::XCalculatable>(document, uno_api::uno::UNO_QUERY_THROW)
-        ->calculateAll();
-    uno_api::uno::Reference<uno_api::container::XIndexAccess> sheets(document->getSheets(),
-                                                                     uno_api::uno::UNO_QUERY_THROW);
-    uno_api::uno::Reference<uno_api::sheet::XSpreadsheet> shown(sheets->getByIndex(sheet),
-                                                                uno_api::uno::UNO_QUERY_THROW);
-    uno_api::uno::Reference<uno_api::frame::XModel> model(document, uno_api::uno::UNO_QUERY_THROW);
-    uno_api::uno::Reference<uno_api::sheet::XSpreadsheetView>(model->getCurrentController(),
-                                                              uno_api::uno::UNO_QUERY_THROW)
-        ->setActiveSheet(shown);
-  }
+  static void Show(const std::string& path, int sheet) { office_->Show(path, sheet); }
 
   // Imports into a new popup NAME of the test folder and saves it; the
   // popup's files as bytes, or the outcome when it did not import.
@@ -184,9 +81,8 @@ class RunningCalcTest : public ::testing::Test {
     return prompts;
   }
 
-  static inline pid_t office_ = 0;
-  static inline TempDir* office_dir_ = nullptr;
-  static inline std::string pipe_;
+  static inline testing::HeadlessOffice* office_ = nullptr;
+  std::string pipe_;
   TempDir dir_;
   testing::ScriptedMessageBox messages_;
   NoProgress progress_;

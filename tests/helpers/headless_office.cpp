@@ -1,0 +1,127 @@
+#include "helpers/headless_office.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <com/sun/star/beans/PropertyValue.hpp>
+#include <com/sun/star/bridge/UnoUrlResolver.hpp>
+#include <com/sun/star/container/XEnumeration.hpp>
+#include <com/sun/star/container/XEnumerationAccess.hpp>
+#include <com/sun/star/container/XIndexAccess.hpp>
+#include <com/sun/star/frame/Desktop.hpp>
+#include <com/sun/star/frame/XDesktop2.hpp>
+#include <com/sun/star/frame/XModel.hpp>
+#include <com/sun/star/sheet/XCalculatable.hpp>
+#include <com/sun/star/sheet/XSpreadsheet.hpp>
+#include <com/sun/star/sheet/XSpreadsheetDocument.hpp>
+#include <com/sun/star/sheet/XSpreadsheetView.hpp>
+#include <com/sun/star/util/XCloseable.hpp>
+#include <cppuhelper/bootstrap.hxx>
+#include <rtl/bootstrap.hxx>
+#include <thread>
+#include <vector>
+
+extern char** environ;
+
+namespace zephyr::testing {
+
+namespace {
+
+namespace uno_api = ::com::sun::star;
+
+constexpr const char* kOffice = "/usr/bin/soffice";
+
+uno_api::uno::Reference<uno_api::frame::XDesktop2> Desktop(const std::string& pipe) {
+  static const auto local = []() {
+    rtl::Bootstrap::set("URE_BOOTSTRAP", ZEPHYR_URE_BOOTSTRAP);
+    return cppu::defaultBootstrap_InitialComponentContext();
+  }();
+  auto resolver = uno_api::bridge::UnoUrlResolver::create(local);
+  rtl::OUString url = rtl::OUString::createFromAscii(
+      ("uno:pipe,name=" + pipe + ";urp;StarOffice.ComponentContext").c_str());
+  for (int attempt = 0;; ++attempt) {
+    try {
+      uno_api::uno::Reference<uno_api::uno::XComponentContext> context(
+          resolver->resolve(url), uno_api::uno::UNO_QUERY_THROW);
+      return uno_api::frame::Desktop::create(context);
+    } catch (const uno_api::uno::Exception&) {
+      if (attempt == 600) throw;  // a minute
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+  }
+}
+
+}  // namespace
+
+HeadlessOffice::HeadlessOffice() : pipe_("zephyrtest" + std::to_string(::getpid())) {
+  if (::access(kOffice, X_OK) != 0) return;
+  std::vector<std::string> args = {
+      kOffice,
+      "--headless",
+      "--invisible",
+      "--norestore",
+      "--nologo",
+      "-env:UserInstallation=file://" + profile_.Path() + "/profile",
+      "--accept=pipe,name=" + pipe_ + ";urp;StarOffice.ComponentContext"};
+  std::vector<char*> argv;
+  for (auto& arg : args) argv.push_back(arg.data());
+  argv.push_back(nullptr);
+  // The launcher starts the office as its child: both get a process group of
+  // their own, which the end kills. Their output goes nowhere, so that they
+  // hold no pipe of the caller's.
+  posix_spawn_file_actions_t files;
+  posix_spawn_file_actions_init(&files);
+  posix_spawn_file_actions_addopen(&files, 1, "/dev/null", O_WRONLY, 0);
+  posix_spawn_file_actions_addopen(&files, 2, "/dev/null", O_WRONLY, 0);
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+  posix_spawnattr_setpgroup(&attributes, 0);
+  if (::posix_spawn(&process_, argv[0], &files, &attributes, argv.data(), environ) != 0) {
+    process_ = 0;
+  }
+  posix_spawnattr_destroy(&attributes);
+  posix_spawn_file_actions_destroy(&files);
+}
+
+HeadlessOffice::~HeadlessOffice() {
+  if (process_ <= 0) return;
+  ::kill(-process_, SIGKILL);
+  ::waitpid(process_, nullptr, 0);
+}
+
+void HeadlessOffice::Show(const std::string& path, int sheet) {
+  uno_api::uno::Sequence<uno_api::beans::PropertyValue> hidden(1);
+  hidden.getArray()[0].Name = "Hidden";
+  hidden.getArray()[0].Value <<= true;
+  auto loaded = Desktop(pipe_)->loadComponentFromURL(
+      rtl::OUString::createFromAscii(("file://" + path).c_str()), "_blank", 0, hidden);
+  uno_api::uno::Reference<uno_api::sheet::XSpreadsheetDocument> document(
+      loaded, uno_api::uno::UNO_QUERY_THROW);
+  // Formulas as a user's office shows them: worked out, not as cached in the file.
+  uno_api::uno::Reference<uno_api::sheet::XCalculatable>(document, uno_api::uno::UNO_QUERY_THROW)
+      ->calculateAll();
+  uno_api::uno::Reference<uno_api::container::XIndexAccess> sheets(document->getSheets(),
+                                                                   uno_api::uno::UNO_QUERY_THROW);
+  uno_api::uno::Reference<uno_api::sheet::XSpreadsheet> shown(sheets->getByIndex(sheet),
+                                                              uno_api::uno::UNO_QUERY_THROW);
+  uno_api::uno::Reference<uno_api::frame::XModel> model(document, uno_api::uno::UNO_QUERY_THROW);
+  uno_api::uno::Reference<uno_api::sheet::XSpreadsheetView>(model->getCurrentController(),
+                                                            uno_api::uno::UNO_QUERY_THROW)
+      ->setActiveSheet(shown);
+}
+
+void HeadlessOffice::CloseAll() {
+  auto open = Desktop(pipe_)->getComponents()->createEnumeration();
+  while (open->hasMoreElements()) {
+    uno_api::uno::Reference<uno_api::util::XCloseable> document(open->nextElement(),
+                                                                uno_api::uno::UNO_QUERY);
+    if (document.is()) document->close(true);
+  }
+}
+
+}  // namespace zephyr::testing
