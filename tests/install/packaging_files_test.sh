@@ -42,6 +42,8 @@ expect "info import" zpopup i
 expect "Products" zpopup show Pr
 expect "sub/ Products" zpopup check ""
 expect "--structure --strict" zpopup import book.xlsx Products --s
+expect "check calc-setup" zpopup c
+expect "Products" zpopup import --calc Pro
 expect "popup sheet" zpopup import book.xlsx Products --structure ""
 for page in "$man_dir"/*.1; do
   warnings=$(MANWIDTH=80 man --warnings -l "$page" 2>&1 >/dev/null)
