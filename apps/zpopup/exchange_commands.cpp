@@ -29,6 +29,7 @@ namespace zephyr::cli {
 
 const char* const kImportUsage =
     "usage: zpopup import WORKBOOK POPUP [--levels N] [--structure popup|sheet] [--strict]\n"
+    "                     [--force]\n"
     "       zpopup import --calc POPUP [...]\n\n"
     "Imports the active sheet of WORKBOOK (.xlsx, .ods or .csv; - reads it from\n"
     "standard input) into POPUP, creating the popup when it does not exist, and\n"
@@ -43,7 +44,9 @@ const char* const kImportUsage =
     "columns its fields in order, and columns beyond them add levels and fields\n"
     "named by their headings. Fields widen to their longest value; a value over\n"
     "254 characters stops the import. Text the code page cannot hold is named on\n"
-    "standard error; --strict refuses to save it.\n";
+    "standard error; --strict refuses to save it. When another program saves the\n"
+    "popup while the import runs, nothing is saved and zpopup exits 1; --force\n"
+    "saves over it.\n";
 
 const char* const kExportUsage =
     "usage: zpopup export POPUP WORKBOOK [--verbose]\n"
@@ -123,8 +126,11 @@ int ExitCode(excel::ImportOutcome outcome) {
 }  // namespace
 
 int Import(const Arguments& args) {
-  ParsedOptions options(
-      args, {{"--levels", true}, {"--structure", true}, {"--strict", false}, {"--calc", false}});
+  ParsedOptions options(args, {{"--levels", true},
+                               {"--structure", true},
+                               {"--strict", false},
+                               {"--calc", false},
+                               {"--force", false}});
   std::optional<int> levels;
   if (auto value = options.Value("--levels")) {
     double count = 0;
@@ -183,6 +189,13 @@ int Import(const Arguments& args) {
   CodePageReport unencodable;
   unencodable.CheckPopup(popup);
   if (!unencodable.TellAndAllowSave(options.Has("--strict"))) return kProblemsFound;
+  if (popup.ChangedOnDisk() && !options.Has("--force")) {
+    std::fprintf(stderr,
+                 "zpopup: %s: another program saved the popup while the import ran; nothing was "
+                 "saved (--force saves over it)\n",
+                 name.Display().c_str());
+    return kProblemsFound;
+  }
   ForFile(name.File(".ZPD"), [&] { SavePopupInTreeOrder(popup); });
   std::fprintf(stderr,
                "zpopup: imported %s into %s: %lld items, %d levels, %d fields; %lld items "

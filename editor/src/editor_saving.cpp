@@ -61,25 +61,52 @@ bool EditorState::DosFileNameCheck(const std::string& name) {
   return true;
 }
 
+bool EditorState::ChooseSaveName() {
+  while (true) {
+    FileDialogRequest request;
+    request.title = "ZephyrPopup - Select or Type a Filename";
+    request.filter = "Zephyr Popup File (*.zpt)|*.zpt";
+    request.initial_folder = session.Popup()->PopupPath();
+    request.file_name = session.Popup()->DataSource();
+    request.default_extension = "zpt";
+    std::string chosen = request.file_name;
+    if (!ShowSave(*session.services().file_dialog, chosen, request)) return false;
+    if (!DosFileNameCheck(GetBaseName(chosen))) continue;
+    DebugLog(kSaveChangesModule, "SaveChanges", "Return Dialogue =" + chosen);
+    DebugLog(kSaveChangesModule, "SaveChanges", "PopupPath=" + GetFolder(chosen));
+    session.Popup()->PopupPath(GetFolder(chosen));
+    session.Popup()->DataSource(GetBaseName(chosen));
+    return true;
+  }
+}
+
+MessageAnswer EditorState::AskChangedOnDisk() {
+  Message message;
+  message.title = "Popup Changed on Disk";
+  message.prompt = "Another user or program has saved \"" + session.Popup()->DataSource() +
+                   "\" since you opened it.\r\n\r\nOverwrite replaces their changes with "
+                   "yours; Save As... keeps both under another name; Cancel goes back to "
+                   "editing and writes nothing.";
+  message.buttons = MessageButtons::kYesNoCancel;
+  message.icon = MessageIcon::kExclamation;
+  message.default_button = 3;
+  message.button_texts = {"Overwrite", "Save As...", "Cancel"};
+  return session.services().messages->Show(message);
+}
+
 bool EditorState::SaveChanges(bool save_as) {
   DebugLog(kEditModule, "SaveChanges", "Start");
-  if (session.Popup()->DataSource().empty() || save_as) {
-    while (true) {
-      FileDialogRequest request;
-      request.title = "ZephyrPopup - Select or Type a Filename";
-      request.filter = "Zephyr Popup File (*.zpt)|*.zpt";
-      request.initial_folder = session.Popup()->PopupPath();
-      request.file_name = session.Popup()->DataSource();
-      request.default_extension = "zpt";
-      std::string chosen = request.file_name;
-      if (!ShowSave(*session.services().file_dialog, chosen, request)) return false;
-      if (!DosFileNameCheck(GetBaseName(chosen))) continue;
-      DebugLog(kSaveChangesModule, "SaveChanges", "Return Dialogue =" + chosen);
-      DebugLog(kSaveChangesModule, "SaveChanges", "PopupPath=" + GetFolder(chosen));
-      session.Popup()->PopupPath(GetFolder(chosen));
-      session.Popup()->DataSource(GetBaseName(chosen));
-      break;
+  while (true) {
+    if (session.Popup()->DataSource().empty() || save_as) {
+      if (!ChooseSaveName()) return false;
     }
+    // Another user or program saved the popup after it was opened here: a
+    // save would silently replace their work.
+    if (!session.Popup()->ChangedOnDisk()) break;
+    MessageAnswer answer = AskChangedOnDisk();
+    if (answer == MessageAnswer::kCancel) return false;
+    if (answer == MessageAnswer::kYes) break;  // overwrite
+    save_as = true;
   }
   std::string file =
       WithTrailingSlash(session.Popup()->PopupPath()) + session.Popup()->DataSource() + ".zpt";

@@ -104,6 +104,12 @@ class EditorState : public QObject {
   // --- validation and saving ---
   bool DosFileNameCheck(const std::string& name);
   bool SaveChanges(bool save_as);
+  // The save dialog until it gives a valid name, which the popup takes;
+  // false when the user cancelled.
+  bool ChooseSaveName();
+  // Asks what to do about a popup another program saved since it was
+  // opened: Yes overwrites, No saves under another name, Cancel stops.
+  MessageAnswer AskChangedOnDisk();
   bool SaveData();
   // Applies the edited design to the items, undoably.
   void SaveDesign();

@@ -3,6 +3,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QMessageBox>
+#include <QPushButton>
 #include <vector>
 
 #include "window_activation.h"
@@ -85,7 +86,12 @@ MessageAnswer QtMessageBox::Show(const Message& message) {
   box.setWindowTitle(QString::fromStdString(title));
   box.setIcon(IconOf(message.icon));
   std::vector<QMessageBox::StandardButton> buttons = ButtonsOf(message.buttons);
-  for (auto button : buttons) box.addButton(button);
+  for (size_t i = 0; i < buttons.size(); ++i) {
+    QPushButton* added = box.addButton(buttons[i]);
+    if (i < message.button_texts.size()) {
+      added->setText(QString::fromStdString(message.button_texts[i]));
+    }
+  }
   size_t default_index =
       message.default_button >= 1 && static_cast<size_t>(message.default_button) <= buttons.size()
           ? static_cast<size_t>(message.default_button) - 1

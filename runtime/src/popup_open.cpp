@@ -21,6 +21,8 @@ void PopupClass::OpenPopup(std::string_view Source) {
   LoadTemplate();
   popup_path_ = WithTrailingSlash(popup_path_);
   data_file_name_ = ResolveCaseVariant(popup_path_, data_file_name_);
+  // Stamped before reading: a change made while it reads counts as a change.
+  StampFiles();
   table_ = std::make_unique<dBase>();
   try {
     if (PathExists(popup_path_ + data_file_name_)) {
@@ -65,6 +67,24 @@ void PopupClass::LoadTopLevel() {
     BuildItemTree({table_values_, levels_count_, levels.get(), path}, *items_, progress);
   }
   table_->CloseFile();
+}
+
+void PopupClass::StampFiles() {
+  std::string folder = WithTrailingSlash(popup_path_);
+  stamped_template_path_ = folder + template_file_name_;
+  stamped_data_path_ = folder + data_file_name_;
+  template_stamp_ = FileStamp::Of(stamped_template_path_);
+  data_stamp_ = FileStamp::Of(stamped_data_path_);
+}
+
+bool PopupClass::ChangedOnDisk() const {
+  std::string folder = WithTrailingSlash(popup_path_);
+  if (stamped_template_path_ != folder + template_file_name_ ||
+      stamped_data_path_ != folder + data_file_name_) {
+    return false;
+  }
+  return template_stamp_.ChangedAt(stamped_template_path_) ||
+         data_stamp_.ChangedAt(stamped_data_path_);
 }
 
 void PopupClass::ClosePopup() {

@@ -101,6 +101,7 @@ void PopupClass::SaveClose() {
   Replace(template_work, folder + template_file_name_);
   Replace(data_work, folder + data_file_name_);
   SyncFolder(folder);
+  StampFiles();
 }
 
 namespace {

@@ -116,6 +116,21 @@ check "a sheet without keys and no --levels exits 1" 1 $?
 check "it says what it needs" 1 "$(grep -c 'Input Level Count' "$work/err")"
 "$zpopup" import "$work/nokeys.csv" "$work/Fresh" --levels 2 < /dev/null
 check "with --levels it imports" "Items: 3" "$("$zpopup" info "$work/Fresh" | grep Items)"
+# An import does not save over a popup another program saved while it ran:
+# here while it asks for its level count on a terminal (script's).
+mkfifo "$work/answer"
+script -qefc "'$zpopup' import '$work/nokeys.csv' '$work/Fresh' --structure sheet" /dev/null \
+  < "$work/answer" > "$work/err" &
+importer=$!
+exec 3> "$work/answer"
+sleep 1
+"$zpopup" import "$work/nokeys.csv" "$work/Fresh" --levels 1 --structure sheet 2> /dev/null
+echo 2 >&3
+exec 3>&-
+wait "$importer"
+check "an import over another's save exits 1" 1 $?
+check "it says why and saves nothing" "1 Levels: 1" \
+  "$(grep -c 'saved the popup while the import ran' "$work/err") $("$zpopup" info "$work/Fresh" | grep -o 'Levels: [0-9]*')"
 "$zpopup" import "$work/missing.xlsx" "$work/Fresh" 2> "$work/err"
 check "an unreadable workbook exits 2" 2 $?
 check "its first line names it and the reason" "zpopup: $work/missing.xlsx: no such file" \

@@ -17,8 +17,8 @@
 #include <QTableView>
 #include <QTest>
 #include <QToolButton>
-#include <QUndoStack>
 #include <QTreeView>
+#include <QUndoStack>
 
 #include "editor_fixture.h"
 #include "zephyr/support/file_utils.h"
@@ -183,6 +183,48 @@ class PopupControlEditTest : public QObject, zephyr::testing::EditorFixture {
     QCOMPARE(save("Redone"), edited);
     ClickTab(1);
     QCOMPARE(Outline(), QStringList({"Products Shop", "10", "20"}));
+  }
+
+  // Two editors on one popup: a save over the other's save asks first, and
+  // each answer does what it says.
+  void aSaveOverAnotherEditorsSaveAsksFirst() {
+    OpenProducts();
+    auto files = [&](const std::string& name) {
+      return zephyr::testing::ReadBytes(dir->File(name + ".ZPT")) +
+             zephyr::testing::ReadBytes(dir->File(name + ".ZPD"));
+    };
+    PopupControlEdit other;
+    auto other_messages = std::make_shared<zephyr::testing::ScriptedMessageBox>();
+    auto other_dialog = std::make_shared<zephyr::testing::ScriptedFileDialog>();
+    other.SetMessageBox(other_messages);
+    other.SetFileDialog(other_dialog);
+    other.SetProgress(std::make_shared<zephyr::NoProgress>());
+    other.OpenPopup(dir->Path(), "Products");
+    other.Popup()->Title("Theirs");
+    QVERIFY(other.SaveChanges(false));
+    const std::string theirs = files("Products");
+
+    editor->Popup()->Title("Mine");
+    messages->answers = {MessageAnswer::kCancel};
+    QVERIFY(!editor->SaveChanges(false));
+    QCOMPARE(messages->shown.back().title, std::string("Popup Changed on Disk"));
+    QCOMPARE(messages->shown.back().button_texts,
+             (std::vector<std::string>{"Overwrite", "Save As...", "Cancel"}));
+    QCOMPARE(files("Products"), theirs);
+
+    messages->answers = {MessageAnswer::kYes};
+    QVERIFY(editor->SaveChanges(false));
+    const std::string mine = files("Products");
+    QVERIFY(mine != theirs && mine.find("Mine") != std::string::npos);
+    const size_t asked = messages->shown.size();
+    QVERIFY(editor->SaveChanges(false));  // its own save is no change
+    QCOMPARE(messages->shown.size(), asked);
+
+    other_messages->answers = {MessageAnswer::kNo};
+    other_dialog->answers = {dir->File("Theirs.zpt")};
+    QVERIFY(other.SaveChanges(false));
+    QCOMPARE(files("Products"), mine);
+    QVERIFY(files("Theirs").find("Theirs") != std::string::npos);
   }
 
   // The rows' order in the saved table is data_view_test's business.

@@ -21,6 +21,10 @@
 #include <com/sun/star/sheet/XSpreadsheetView.hpp>
 #include <com/sun/star/util/XCloseable.hpp>
 #include <cppuhelper/bootstrap.hxx>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <rtl/bootstrap.hxx>
 #include <thread>
 #include <vector>
@@ -92,6 +96,16 @@ HeadlessOffice::~HeadlessOffice() {
   if (process_ <= 0) return;
   ::kill(-process_, SIGKILL);
   ::waitpid(process_, nullptr, 0);
+  // The launcher puts the office in a process group of its own: it is found
+  // by the pipe only it listens on.
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc", error)) {
+    std::ifstream file(entry.path() / "cmdline", std::ios::binary);
+    std::string command((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    if (command.find("pipe,name=" + pipe_ + ";") == std::string::npos) continue;
+    pid_t office = static_cast<pid_t>(std::atoi(entry.path().filename().c_str()));
+    if (office > 0) ::kill(office, SIGKILL);
+  }
 }
 
 void HeadlessOffice::Show(const std::string& path, int sheet) {

@@ -14,6 +14,7 @@
 #include "helpers/temp_dir.h"
 #include "item_access.h"
 #include "zephyr/runtime/popup_class.h"
+#include "zephyr/table/dbase.h"
 
 namespace zephyr {
 namespace {
@@ -243,6 +244,44 @@ TEST_F(PopupSaveTest, KillingASaveMidwayNeverLeavesAPartialFile) {
   EXPECT_GT(saw_old, 0);
   RecordProperty("old_after_kill", saw_old);
   RecordProperty("new_after_kill", saw_new);
+}
+
+// Another program's save, or another process appending to the table as
+// shared popups allow, is seen before a save would overwrite it; a save of
+// one's own, or a file only touched, is no change.
+TEST_F(PopupSaveTest, ChangedOnDiskSeesOtherWritersOnly) {
+  WritePopupFiles(dir_.Path(), "Shop", kShop, {{"  01", "Fruit"}});
+  auto mine = OpenShop(dir_.Path());
+  auto theirs = OpenShop(dir_.Path());
+  EXPECT_FALSE(mine->ChangedOnDisk());
+
+  theirs->AddItem(nullptr, "  02", {"Bread"});
+  SavePopupInTreeOrder(*theirs);
+  EXPECT_FALSE(theirs->ChangedOnDisk());
+  EXPECT_TRUE(mine->ChangedOnDisk());
+  SavePopupInTreeOrder(*mine);  // the host decided to overwrite
+  EXPECT_FALSE(mine->ChangedOnDisk());
+
+  std::filesystem::last_write_time(dir_.File("Shop.ZPT"),
+                                   std::filesystem::file_time_type::clock::now());
+  EXPECT_FALSE(mine->ChangedOnDisk());
+
+  pid_t child = ::fork();
+  if (child == 0) {
+    dBase table;
+    table.OpenMode(dBase::kReadWrite);
+    table.OpenFile(dir_.File("Shop.ZPD"));
+    table.Value(1, Variant("  03"));
+    table.Value(2, Variant("Milk"));
+    table.PutRecord(0);
+    table.CloseFile();
+    ::_exit(0);
+  }
+  ::waitpid(child, nullptr, 0);
+  EXPECT_TRUE(mine->ChangedOnDisk());
+
+  mine->DataSource("Elsewhere");  // a save under another name overwrites nobody
+  EXPECT_FALSE(mine->ChangedOnDisk());
 }
 
 }  // namespace

@@ -18,6 +18,7 @@
 #include "zephyr/runtime/popup_items.h"
 #include "zephyr/runtime/popup_levels.h"
 #include "zephyr/runtime/popup_values.h"
+#include "zephyr/support/file_stamp.h"
 #include "zephyr/support/message_box.h"
 #include "zephyr/support/progress.h"
 #include "zephyr/support/variant.h"
@@ -192,6 +193,12 @@ class PopupClass : public Object {
   void AppendBranch(const std::shared_ptr<PopupItem>& item,
                     const std::shared_ptr<PopupItem>& parent, std::string_view code);
 
+  // True when another program has changed or replaced the popup's files (the
+  // template or the table) since this object last opened or saved them: a
+  // save now would overwrite that work. False for files it never opened or
+  // saved, as after a Save As to a new name.
+  bool ChangedOnDisk() const;
+
   // The names of the popup's files, as derived from DataSource.
   const std::string& DataFileName() const { return data_file_name_; }
   const std::string& WorkFileName() const { return work_file_name_; }
@@ -218,6 +225,12 @@ class PopupClass : public Object {
   std::shared_ptr<zephyr::PopupValues> values_;
   const LoadedTable* table_values_ = nullptr;  // holds a reference while set
   std::unique_ptr<dBase> table_;
+  // The files as last opened or saved, by their full paths.
+  void StampFiles();
+  std::string stamped_template_path_;
+  std::string stamped_data_path_;
+  FileStamp template_stamp_;
+  FileStamp data_stamp_;
   std::shared_ptr<Progress> progress_;
   std::shared_ptr<MessageBox> message_box_;
 };

@@ -5,6 +5,7 @@
 #define ZEPHYR_SUPPORT_MESSAGE_BOX_H_
 
 #include <string>
+#include <vector>
 
 namespace zephyr {
 
@@ -23,6 +24,9 @@ struct Message {
   // The help file and topic a Help button opens, if any.
   std::string help_file;
   int help_context = 0;
+  // Texts for the buttons, in their order, where the standard ones (Yes, No,
+  // Cancel) would not say what they do; the answers stay the standard ones.
+  std::vector<std::string> button_texts;
 };
 
 class MessageBox {
