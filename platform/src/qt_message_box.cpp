@@ -2,6 +2,7 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QIcon>
 #include <QMessageBox>
 #include <QPushButton>
 #include <vector>
@@ -89,7 +90,10 @@ MessageAnswer QtMessageBox::Show(const Message& message) {
   for (size_t i = 0; i < buttons.size(); ++i) {
     QPushButton* added = box.addButton(buttons[i]);
     if (i < message.button_texts.size()) {
+      // A button named for what it does loses the standard button's icon,
+      // which would say Yes or No.
       added->setText(QString::fromStdString(message.button_texts[i]));
+      added->setIcon(QIcon());
     }
   }
   size_t default_index =
