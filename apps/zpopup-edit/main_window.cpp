@@ -119,6 +119,11 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
   RebuildRecentMenu();
 
   connect(editor_, &editor::PopupControlEdit::modifiedChanged, this, [this]() { UpdateTitle(); });
+  connect(editor_, &editor::PopupControlEdit::changedOnDiskChanged, this, [this](bool changed) {
+    changed_on_disk_ = changed;
+    UpdateTitle();
+    if (changed) Status(tr("Another user or program saved this popup; saving will ask first"));
+  });
   UpdateTitle();
 }
 
@@ -253,6 +258,7 @@ bool MainWindow::MaySetAside() {
 void MainWindow::UpdateTitle() {
   std::string source = editor_->Popup()->DataSource();
   QString name = source.empty() ? tr("New Popup") : ToQString(source);
+  if (changed_on_disk_) name += tr(" (changed on disk)");
   setWindowTitle(name + QStringLiteral("[*] - ") + tr("ZephyrPopup Editor"));
   setWindowModified(editor_->Modified());
 }

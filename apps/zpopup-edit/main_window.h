@@ -56,6 +56,8 @@ class MainWindow : public QMainWindow {
   editor::PopupControlEdit* editor_;
   QMenu* recent_menu_;
   QStringList recent_;
+  // Another program saved the popup while there was unsaved work here.
+  bool changed_on_disk_ = false;
   bool batch_ = false;
 };
 

@@ -123,6 +123,8 @@ bool EditorState::SaveChanges(bool save_as) {
   session.SetDataChanged(false);
   if (wrote) {
     session.MarkSaved();
+    WatchFiles();  // the save replaced the files
+    ReportChangedOnDisk(false);
   }
   return wrote;
 }

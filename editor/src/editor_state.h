@@ -26,6 +26,7 @@
 #include "zephyr/support/errors.h"
 
 class QAction;
+class QFileSystemWatcher;
 class QUndoCommand;
 class QUndoStack;
 class QComboBox;
@@ -72,6 +73,12 @@ class EditorState : public QObject {
   // Undoes (or redoes) the next command of the history, showing its view
   // first; nothing when the view cannot be left.
   void StepHistory(bool undo);
+  // Watches the open popup's files anew (a save replaces them).
+  void WatchFiles();
+  // The watched files changed: without unsaved work the user may reload the
+  // popup; with it, the host hears that a save will ask.
+  void FilesChanged();
+  void ReportChangedOnDisk(bool changed);
 
   // Shows a popup that replaced the one shown: its design, and its items
   // once the outline is filled anew.
@@ -126,6 +133,12 @@ class EditorState : public QObject {
   bool Opening = false;
   // Import from and export to the running spreadsheet program first.
   bool use_running_spreadsheet = true;
+
+  // The open popup's files, watched for other programs' saves; events come
+  // in bursts (a save writes and renames two files), so they wait a moment.
+  QFileSystemWatcher* watcher = nullptr;
+  QTimer* watch_settle = nullptr;
+  bool reported_changed_on_disk = false;
 
   // The two views.
   DesignView* design = nullptr;

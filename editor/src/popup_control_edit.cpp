@@ -4,6 +4,8 @@
 
 #include <QAction>
 #include <QComboBox>
+#include <QFileInfo>
+#include <QFileSystemWatcher>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -29,6 +31,7 @@
 #include "zephyr/platform/qt_file_dialog.h"
 #include "zephyr/platform/qt_message_box.h"
 #include "zephyr/support/debug_log.h"
+#include "zephyr/support/file_utils.h"
 
 namespace zephyr::editor {
 
@@ -54,6 +57,12 @@ EditorState::~EditorState() = default;
 void EditorState::BuildControls() {
   design = new DesignView(*this, session);
   data = new DataView(*this, session);
+  watcher = new QFileSystemWatcher(this);
+  watch_settle = new QTimer(this);
+  watch_settle->setSingleShot(true);
+  watch_settle->setInterval(300);
+  On(watcher, &QFileSystemWatcher::fileChanged, [this]() { watch_settle->start(); });
+  On(watch_settle, &QTimer::timeout, [this]() { FilesChanged(); });
   QUndoStack* history = &session.History();
   connect(history, &QUndoStack::canUndoChanged, q, &PopupControlEdit::canUndoChanged);
   connect(history, &QUndoStack::canRedoChanged, q, &PopupControlEdit::canRedoChanged);
@@ -86,6 +95,40 @@ void EditorState::BuildControls() {
     return refused;
   });
   On(tbsZephyrPopup, &QTabBar::currentChanged, [this](int index) { TabClick(index); });
+}
+
+void EditorState::WatchFiles() {
+  if (!watcher->files().isEmpty()) watcher->removePaths(watcher->files());
+  const PopupClass& popup = *session.Popup();
+  std::string folder = WithTrailingSlash(popup.PopupPath());
+  for (const std::string& name : {popup.TemplateFileName(), popup.DataFileName()}) {
+    QString path = QString::fromStdString(folder + name);
+    if (!name.empty() && QFileInfo::exists(path)) watcher->addPath(path);
+  }
+}
+
+void EditorState::ReportChangedOnDisk(bool changed) {
+  if (reported_changed_on_disk == changed) return;
+  reported_changed_on_disk = changed;
+  emit q->changedOnDiskChanged(changed);
+}
+
+void EditorState::FilesChanged() {
+  if (!session.Popup()->ChangedOnDisk()) {
+    WatchFiles();  // this editor's own save, or a file only touched
+    return;
+  }
+  WatchFiles();
+  if (session.IsModified()) {
+    ReportChangedOnDisk(true);
+    return;
+  }
+  if (session.Tell(
+          "Another user or program has saved \"" + session.Popup()->DataSource() + "\". Reload it?",
+          MessageButtons::kYesNo, "Popup Changed on Disk",
+          MessageIcon::kQuestion) == MessageAnswer::kYes) {
+    OpenPopup(session.Popup()->PopupPath(), session.Popup()->DataSource());
+  }
 }
 
 void EditorState::StepHistory(bool undo) {
@@ -148,6 +191,8 @@ void EditorState::OpenPopup(const std::string& path, const std::string& file) {
   session.SetSource(std::move(source_path), std::move(source_file));
   session.SetPopup(std::move(opened));
   session.StartHistory();  // the last popup's history, saved or not, goes with it
+  WatchFiles();
+  ReportChangedOnDisk(false);
   if (!session.SourceFile().empty()) {
     design->LoadTemplateData();
     LoadDesignMode();
@@ -429,6 +474,10 @@ void PopupControlEdit::SetClipboard(std::shared_ptr<Clipboard> clipboard) {
   auto services = state_->session.services();
   services.clipboard = clipboard ? std::move(clipboard) : std::make_shared<platform::QtClipboard>();
   state_->session.SetServices(std::move(services));
+}
+
+bool PopupControlEdit::ChangedOnDisk() const {
+  return state_->session.Popup()->ChangedOnDisk();
 }
 
 void PopupControlEdit::UseRunningSpreadsheet(bool use) {

@@ -227,6 +227,36 @@ class PopupControlEditTest : public QObject, zephyr::testing::EditorFixture {
     QVERIFY(files("Theirs").find("Theirs") != std::string::npos);
   }
 
+  // The editor watches its popup: another program's save offers a reload when
+  // nothing here is unsaved, and otherwise tells the host that a save will ask.
+  void anotherProgramsSaveOffersAReloadOrMarksTheWork() {
+    OpenProducts();
+    QSignalSpy marked(editor.get(), &PopupControlEdit::changedOnDiskChanged);
+    auto save_elsewhere = [&](const char* title) {
+      zephyr::PopupClass other;
+      other.PopupPath(dir->Path());
+      other.DataSource("Products");
+      other.OpenPopup();
+      other.Title(title);
+      zephyr::SavePopupInTreeOrder(other);
+    };
+    messages->answers = {MessageAnswer::kYes};
+    save_elsewhere("Reloaded");
+    QTRY_COMPARE(editor->Popup()->Title(), std::string("Reloaded"));
+    QCOMPARE(messages->shown.back().title, std::string("Popup Changed on Disk"));
+    QVERIFY(!editor->ChangedOnDisk());
+
+    Grid()->setCurrentIndex(Grid()->model()->index(0, 0));
+    QTest::keyClick(Grid(), Qt::Key_F1);
+    QVERIFY(editor->Modified());
+    const size_t asked = messages->shown.size();
+    save_elsewhere("Again");
+    QTRY_COMPARE(marked.count(), 1);
+    QCOMPARE(marked.back().at(0).toBool(), true);
+    QCOMPARE(messages->shown.size(), asked);  // unsaved work: no question now
+    QVERIFY(editor->ChangedOnDisk());
+  }
+
   // The rows' order in the saved table is data_view_test's business.
   void saveAsRefusesAnInvalidNameAndAsksAgain() {
     OpenProducts();

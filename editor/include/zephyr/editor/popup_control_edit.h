@@ -182,6 +182,9 @@ class PopupControlEdit : public QWidget {
   // default, where the editor was built with LibreOffice's SDK) or straight
   // to workbook files.
   void UseRunningSpreadsheet(bool use);
+  // True when another user or program changed the open popup's files since
+  // this editor opened or saved them.
+  bool ChangedOnDisk() const;
 
  signals:
   void BeforeDataMode();
@@ -190,6 +193,10 @@ class PopupControlEdit : public QWidget {
   void DataChangedChanged(bool changed);
   // Modified changed.
   void modifiedChanged(bool modified);
+  // Another user or program changed the open popup's files while there was
+  // unsaved work here (true), or the editor saved or reopened it (false);
+  // a save asks before it overwrites.
+  void changedOnDiskChanged(bool changed);
   // Whether there is an edit to undo or redo changed.
   void canUndoChanged(bool can_undo);
   void canRedoChanged(bool can_redo);
