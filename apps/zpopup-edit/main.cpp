@@ -13,6 +13,7 @@
 #include <QPixmap>
 #include <QTimer>
 #include <QTreeView>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -110,6 +111,9 @@ int main(int argc, char** argv) {
       setenv("QT_QPA_PLATFORM", "offscreen", 1);
     }
   }
+  // A spreadsheet program that goes away during an import or export is an
+  // error the editor reports, not the end of the editor and its unsaved work.
+  std::signal(SIGPIPE, SIG_IGN);
   QApplication app(argc, argv);
   QApplication::setOrganizationName(QStringLiteral("ZephyrPopup"));
   QApplication::setApplicationName(QStringLiteral("zpopup-edit"));

@@ -63,6 +63,14 @@ uno_api::uno::Reference<uno_api::frame::XDesktop2> Desktop(const std::string& pi
 
 HeadlessOffice::HeadlessOffice() : pipe_("zephyrtest" + std::to_string(::getpid())) {
   if (::access(kOffice, X_OK) != 0) return;
+  // A broken connection is then an error of the test, not the end of it.
+  ::signal(SIGPIPE, SIG_IGN);
+  // An office that makes its profile restarts itself once, which would end
+  // the connection half-way: the profile is made first, by an office that
+  // ends as soon as it is up.
+  Run({kOffice, "--headless", "--invisible", "--norestore", "--nologo", "--terminate_after_init",
+       "-env:UserInstallation=file://" + profile_.Path() + "/profile"},
+      true);
   std::vector<std::string> args = {
       kOffice,
       "--headless",
@@ -71,12 +79,16 @@ HeadlessOffice::HeadlessOffice() : pipe_("zephyrtest" + std::to_string(::getpid(
       "--nologo",
       "-env:UserInstallation=file://" + profile_.Path() + "/profile",
       "--accept=pipe,name=" + pipe_ + ";urp;StarOffice.ComponentContext"};
+  process_ = Run(std::move(args), false);
+}
+
+pid_t HeadlessOffice::Run(std::vector<std::string> args, bool wait) {
   std::vector<char*> argv;
   for (auto& arg : args) argv.push_back(arg.data());
   argv.push_back(nullptr);
   // The launcher starts the office as its child: both get a process group of
-  // their own, which the end kills. Their output goes nowhere, so that they
-  // hold no pipe of the caller's.
+  // their own. Their output goes nowhere, so that they hold no pipe of the
+  // caller's.
   posix_spawn_file_actions_t files;
   posix_spawn_file_actions_init(&files);
   posix_spawn_file_actions_addopen(&files, 1, "/dev/null", O_WRONLY, 0);
@@ -85,11 +97,14 @@ HeadlessOffice::HeadlessOffice() : pipe_("zephyrtest" + std::to_string(::getpid(
   posix_spawnattr_init(&attributes);
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
   posix_spawnattr_setpgroup(&attributes, 0);
-  if (::posix_spawn(&process_, argv[0], &files, &attributes, argv.data(), environ) != 0) {
-    process_ = 0;
+  pid_t process = 0;
+  if (::posix_spawn(&process, argv[0], &files, &attributes, argv.data(), environ) != 0) {
+    process = 0;
   }
   posix_spawnattr_destroy(&attributes);
   posix_spawn_file_actions_destroy(&files);
+  if (wait && process > 0) ::waitpid(process, nullptr, 0);
+  return wait ? 0 : process;
 }
 
 HeadlessOffice::~HeadlessOffice() {

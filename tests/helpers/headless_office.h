@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "helpers/temp_dir.h"
 
@@ -31,6 +32,9 @@ class HeadlessOffice {
   void CloseAll();
 
  private:
+  // Starts the office with these arguments; waits for it to end when asked.
+  static pid_t Run(std::vector<std::string> args, bool wait);
+
   pid_t process_ = 0;
   std::string pipe_;
   TempDir profile_;
