@@ -103,20 +103,25 @@ class Answers : public MessageBox, public excel::LevelPrompt {
   int PromptForLevels() override { return -1; }
 };
 
-void BM_WholeImport(benchmark::State& state) {
-  std::string path = MakeSheet(static_cast<int>(state.range(0)));
+// Imports the source into a new popup "name" once per iteration, saving it.
+void ImportEachTime(benchmark::State& state, const excel::SheetSource& source, const char* name) {
   Answers answers;
   NoProgress progress;
   excel::ImportUi ui{answers, progress, answers};
   for (auto _ : state) {
     PopupClass popup;
     popup.PopupPath(Folder());
-    popup.DataSource("Imported");
-    if (excel::ImportFromWorkbook(popup, path, ui) != excel::ImportOutcome::kImported) {
+    popup.DataSource(name);
+    if (excel::ImportFromWorkbook(popup, source, ui) != excel::ImportOutcome::kImported) {
       state.SkipWithError("the import failed");
     }
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void BM_WholeImport(benchmark::State& state) {
+  ImportEachTime(state, excel::SheetSource::File(MakeSheet(static_cast<int>(state.range(0)))),
+                 "Imported");
 }
 
 #ifdef ZEPHYR_WITH_CALC
@@ -130,19 +135,7 @@ void BM_WholeImportFromCalc(benchmark::State& state) {
   }
   office.CloseAll();
   office.Show(MakeSheet(static_cast<int>(state.range(0))), 0);
-  Answers answers;
-  NoProgress progress;
-  excel::ImportUi ui{answers, progress, answers};
-  for (auto _ : state) {
-    PopupClass popup;
-    popup.PopupPath(Folder());
-    popup.DataSource("FromCalc");
-    if (excel::ImportFromWorkbook(popup, excel::RunningCalc(office.Pipe()), ui) !=
-        excel::ImportOutcome::kImported) {
-      state.SkipWithError("the import failed");
-    }
-  }
-  state.SetItemsProcessed(state.iterations() * state.range(0));
+  ImportEachTime(state, excel::RunningCalc(office.Pipe()), "FromCalc");
 }
 BENCHMARK(BM_WholeImportFromCalc)->Arg(100'000)->Unit(benchmark::kMillisecond);
 #endif

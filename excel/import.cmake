@@ -2,6 +2,7 @@
 pkg_check_modules(XLSXWRITER REQUIRED IMPORTED_TARGET xlsxwriter)
 
 add_library(zephyr_excel
+  ${CMAKE_CURRENT_SOURCE_DIR}/src/calc_pipe.cpp
   ${CMAKE_CURRENT_SOURCE_DIR}/src/excel_array.cpp
   ${CMAKE_CURRENT_SOURCE_DIR}/src/excel_export.cpp
   ${CMAKE_CURRENT_SOURCE_DIR}/src/excel_import.cpp

@@ -13,6 +13,7 @@
 #include "file_error.h"
 #include "options.h"
 #include "usage_error.h"
+#include "zephyr/excel/calc_pipe.h"
 
 namespace zephyr::cli {
 
@@ -31,11 +32,6 @@ namespace fs = std::filesystem;
 
 constexpr const char* kSettingPath = "/org.openoffice.Setup/Office";
 constexpr const char* kSettingName = "ooSetupConnectionURL";
-
-std::string PipeName() {
-  const char* named = std::getenv("ZEPHYR_CALC_PIPE");
-  return named && *named ? named : "zephyrpopup";
-}
 
 // The user's LibreOffice profile: $XDG_CONFIG_HOME (else ~/.config)/libreoffice/4/user.
 fs::path ProfileFolder() {
@@ -94,7 +90,7 @@ std::string WithSetting(std::string settings, const std::string& item) {
 int CalcSetup(const Arguments& args) {
   ParsedOptions options(args, {});
   if (!options.Positional().empty()) throw UsageError{"calc-setup takes no arguments"};
-  const std::string url = "pipe,name=" + PipeName() + ";urp;StarOffice.ComponentContext";
+  const std::string url = "pipe,name=" + excel::CalcPipeName() + ";urp;StarOffice.ComponentContext";
   if (OfficeRunning()) {
     std::fprintf(stderr,
                  "zpopup: LibreOffice is running, so its settings are left alone. Make it listen "
@@ -132,7 +128,7 @@ int CalcSetup(const Arguments& args) {
   if (error) throw FileError{file.string(), error.message()};
   std::fprintf(stderr,
                "zpopup: LibreOffice Calc listens on the pipe '%s' from its next start (%s)\n",
-               PipeName().c_str(), file.c_str());
+               excel::CalcPipeName().c_str(), file.c_str());
   return kSuccess;
 }
 

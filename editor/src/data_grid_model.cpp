@@ -51,15 +51,11 @@ void DataGridModel::LoadLayout(std::shared_ptr<PopupClass> popup, const BranchLa
   std::vector<GridNode*> path;
   for (const BranchLayout::Row& laid : layout.rows) {
     path.resize(static_cast<size_t>(laid.depth));
-    GridNode* added = NewNode(laid.identity, path.empty() ? nullptr : path.back());
-    if (laid.rekeyed) rekeyed_.insert(laid.identity);
-    if (laid.unsorted) unsorted_.insert(laid.identity);
+    GridNode* added = NewLaidNode(laid, path.empty() ? nullptr : path.back());
     if (path.empty()) {
       title_ = added;
     } else {
-      auto& siblings = MutableChildren(*path.back());
-      added->row = static_cast<int>(siblings.size());
-      siblings.push_back(added);
+      AppendChild(*path.back(), added);
     }
     path.push_back(added);
   }
@@ -98,9 +94,7 @@ void DataGridModel::AddItems(GridNode& parent, PopupItems& items) {
     const auto& item = *frame.next;
     ++frame.next;
     GridNode* added = NewNode(item->Identity(), frame.node);
-    auto& siblings = MutableChildren(*frame.node);
-    added->row = static_cast<int>(siblings.size());
-    siblings.push_back(added);
+    AppendChild(*frame.node, added);
     if (item->HasChildren()) {
       PopupItems* children = item->Children().get();
       stack.push_back({added, children, children->begin()});
@@ -225,9 +219,7 @@ QModelIndex DataGridModel::AppendRow(const QModelIndex& parent, int32_t identity
   QModelIndex parent_cell = createIndex(node->row, 0, static_cast<quintptr>(node->identity));
   int row = static_cast<int>(ChildrenOf(*node).size());
   beginInsertRows(parent_cell, row, row);
-  GridNode* child = NewNode(identity, node);
-  child->row = row;
-  MutableChildren(*node).push_back(child);
+  AppendChild(*node, NewNode(identity, node));
   unsorted_.insert(node->identity);
   endInsertRows();
   return createIndex(row, 0, static_cast<quintptr>(identity));
@@ -392,23 +384,32 @@ QModelIndex DataGridModel::InsertLayout(const QModelIndex& parent, int row,
   GridNode* top = nullptr;
   for (const BranchLayout::Row& laid : layout.rows) {
     path.resize(static_cast<size_t>(laid.depth) + 1);
-    GridNode* added = NewNode(laid.identity, path.back());
-    if (laid.rekeyed) rekeyed_.insert(laid.identity);
-    if (laid.unsorted) unsorted_.insert(laid.identity);
+    GridNode* added = NewLaidNode(laid, path.back());
     if (!top) {
       top = added;
       auto& siblings = MutableChildren(*node);
       siblings.insert(siblings.begin() + row, added);
       Renumber(*node);
     } else {
-      auto& siblings = MutableChildren(*path.back());
-      added->row = static_cast<int>(siblings.size());
-      siblings.push_back(added);
+      AppendChild(*path.back(), added);
     }
     path.push_back(added);
   }
   endInsertRows();
   return createIndex(top->row, 0, static_cast<quintptr>(top->identity));
+}
+
+GridNode* DataGridModel::NewLaidNode(const BranchLayout::Row& laid, GridNode* parent) {
+  GridNode* node = NewNode(laid.identity, parent);
+  if (laid.rekeyed) rekeyed_.insert(laid.identity);
+  if (laid.unsorted) unsorted_.insert(laid.identity);
+  return node;
+}
+
+void DataGridModel::AppendChild(GridNode& parent, GridNode* child) {
+  auto& siblings = MutableChildren(parent);
+  child->row = static_cast<int>(siblings.size());
+  siblings.push_back(child);
 }
 
 void DataGridModel::Forget(GridNode& node) {

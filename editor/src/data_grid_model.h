@@ -163,6 +163,10 @@ class DataGridModel : public QAbstractItemModel {
   void KeepingPersistentIndexes(const std::function<void()>& reorder);
   // A node from the pool, registered under its identity.
   GridNode* NewNode(int32_t identity, GridNode* parent);
+  // A node for a row laid out by LayoutOf or WholeLayout, with its marks.
+  GridNode* NewLaidNode(const BranchLayout::Row& laid, GridNode* parent);
+  // Makes a node the last child of another.
+  void AppendChild(GridNode& parent, GridNode* child);
   // Unregisters a branch and returns its nodes to the pool.
   void Forget(GridNode& node);
   bool Matches(const GridNode& node, const QString& text) const;

@@ -117,10 +117,8 @@ void EditorState::ImportFromExcel() {
     }
     std::optional<std::string> workbook = PickWorkbook();
     if (!workbook) return;
+    // An import that did not happen left the stand-in as it was.
     services.progress->Show();
-    imported = WithDesignOf(*session.Popup());
-    imported->SetMessageBox(services.messages);
-    imported->SetProgress(services.progress);
     ui.unreadable = nullptr;
     done = excel::ExcelImport(*imported, *workbook, ui);
   }

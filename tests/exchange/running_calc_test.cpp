@@ -118,7 +118,7 @@ TEST_F(RunningCalcTest, TheShownSheetImportsAsTheSameWorkbookFileDoes) {
       EXPECT_NE(from_calc.find("Caf\xE9 cr\xE8me"), std::string::npos) << "in Windows-1252";
       EXPECT_EQ(from_calc.find("Hidden"), std::string::npos);
     }
-    TearDown();
+    office_->CloseAll();
   }
 }
 
@@ -141,7 +141,7 @@ TEST_F(RunningCalcTest, EverySheetRuleSpeaksAsForAFile) {
     Imported(SheetSource::File(path), "P");
     EXPECT_EQ(from_calc, Prompts()) << path;
     EXPECT_FALSE(from_calc.empty());
-    TearDown();
+    office_->CloseAll();
   }
 }
 

@@ -29,13 +29,13 @@
 #include <com/sun/star/util/XNumberFormats.hpp>
 #include <com/sun/star/util/XNumberFormatsSupplier.hpp>
 #include <cppuhelper/bootstrap.hxx>
-#include <cstdlib>
 #include <limits>
 #include <map>
 #include <optional>
 #include <rtl/bootstrap.hxx>
 #include <rtl/uri.hxx>
 #include <tuple>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -156,7 +156,7 @@ class CalcWorkbook : public Workbook {
     uno::Sequence<uno::Sequence<uno::Any>> values =
         uno::Reference<sheet::XCellRangeData>(cursor, uno::UNO_QUERY_THROW)->getDataArray();
     std::vector<bool> visible = VisibleRows(cursor, area);
-    std::vector<table::CellRangeAddress> errors = ErrorCells(cursor);
+    std::unordered_set<uint64_t> errors = ErrorCells(cursor);
     FormatMap formats = NumberFormats(cursor);
 
     result.rows.resize(static_cast<size_t>(area.EndRow) + 1);
@@ -169,7 +169,7 @@ class CalcWorkbook : public Workbook {
         Cell& cell = row.cells[static_cast<size_t>(area.StartColumn + c)];
         OUString text;
         double number = 0;
-        if (Within(errors, area.StartColumn + c, area.StartRow + r)) {
+        if (errors.count(CellKey(area.StartColumn + c, area.StartRow + r)) != 0) {
           cell.kind = CellKind::kError;  // "#N/A" and the like, whatever the array says
         } else if (cells[c] >>= text) {
           cell.kind = text.isEmpty() ? CellKind::kEmpty : CellKind::kText;
@@ -189,26 +189,27 @@ class CalcWorkbook : public Workbook {
     return Utf8(uno::Reference<container::XNamed>(sheet, uno::UNO_QUERY_THROW)->getName());
   }
 
-  // The cells whose formula ends in an error value.
-  static std::vector<table::CellRangeAddress> ErrorCells(
+  // The cells whose formula ends in an error value, by CellKey: a look-up
+  // per cell, however many ranges the errors make.
+  static std::unordered_set<uint64_t> ErrorCells(
       const uno::Reference<sheet::XSheetCellCursor>& cursor) {
     uno::Reference<sheet::XSheetCellRanges> found(
         uno::Reference<sheet::XCellRangesQuery>(cursor, uno::UNO_QUERY_THROW)
             ->queryFormulaCells(sheet::FormulaResult::ERROR),
         uno::UNO_QUERY_THROW);
-    uno::Sequence<table::CellRangeAddress> ranges = found->getRangeAddresses();
-    return std::vector<table::CellRangeAddress>(ranges.begin(), ranges.end());
-  }
-
-  static bool Within(const std::vector<table::CellRangeAddress>& ranges, sal_Int32 column,
-                     sal_Int32 row) {
-    for (const table::CellRangeAddress& range : ranges) {
-      if (column >= range.StartColumn && column <= range.EndColumn && row >= range.StartRow &&
-          row <= range.EndRow) {
-        return true;
+    std::unordered_set<uint64_t> cells;
+    for (const table::CellRangeAddress& range : found->getRangeAddresses()) {
+      for (sal_Int32 row = range.StartRow; row <= range.EndRow; ++row) {
+        for (sal_Int32 column = range.StartColumn; column <= range.EndColumn; ++column) {
+          cells.insert(CellKey(column, row));
+        }
       }
     }
-    return false;
+    return cells;
+  }
+
+  static uint64_t CellKey(sal_Int32 column, sal_Int32 row) {
+    return (static_cast<uint64_t>(row) << 32) | static_cast<uint32_t>(column);
   }
 
   // Which rows of the area show: neither hidden nor filtered out.
@@ -302,11 +303,6 @@ class CalcWorkbook : public Workbook {
 };
 
 }  // namespace
-
-std::string CalcPipeName() {
-  const char* named = std::getenv("ZEPHYR_CALC_PIPE");
-  return named && *named ? named : "zephyrpopup";
-}
 
 std::unique_ptr<Workbook> OpenRunningCalc(const std::string& pipe) {
   return Translated([&]() -> std::unique_ptr<Workbook> {

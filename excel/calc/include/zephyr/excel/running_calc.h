@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 
+#include "zephyr/excel/calc_pipe.h"
 #include "zephyr/excel/excel_export.h"
 #include "zephyr/excel/workbook.h"
 #include "zephyr/runtime/popup_class.h"
@@ -15,9 +16,6 @@ namespace zephyr::excel {
 
 // The name the program shows in messages.
 inline constexpr const char* kCalcName = "LibreOffice Calc";
-
-// The pipe Calc listens on: $ZEPHYR_CALC_PIPE, else "zephyrpopup".
-std::string CalcPipeName();
 
 // Opens the spreadsheet document the running Calc shows (its current one,
 // else the first open spreadsheet) as a workbook whose active sheet is the
