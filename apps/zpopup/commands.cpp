@@ -19,6 +19,7 @@
 #include "zephyr/runtime/popup_key.h"
 #include "zephyr/support/errors.h"
 #include "zephyr/support/file_utils.h"
+#include "zephyr/support/lock_file.h"
 #include "zephyr/support/text.h"
 #include "zephyr/table/dbase.h"
 
@@ -184,6 +185,10 @@ int Info(const Arguments& args) {
   });
   std::printf("Items: %lld\n", static_cast<long long>(count));
   std::printf("Depth: %d\n", depth);
+  if (auto owner = LockFile::Read(WithTrailingSlash(name.folder) + popup->TemplateFileName())) {
+    std::printf("In use: %s%s\n", owner->Describe().c_str(),
+                owner->IsStale() ? " (that editor has stopped)" : "");
+  }
   TellRowsLeftOut(*popup, name, count);
   return kSuccess;
 }
