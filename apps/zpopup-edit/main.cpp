@@ -194,6 +194,7 @@ int main(int argc, char** argv) {
   }
   if (parser.isSet(print_pdf)) return window.PrintPdf(parser.value(print_pdf)) ? 0 : 2;
   window.show();
-  if (popups.isEmpty()) window.Editor()->OpenPopup("", "");  // a new popup, title first
+  bool recovered = window.OfferRecovery();
+  if (popups.isEmpty() && !recovered) window.Editor()->OpenPopup("", "");  // title first
   return app.exec();
 }

@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QPrintPreviewDialog>
 #include <QPrinter>
 #include <QSettings>
@@ -118,7 +119,10 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
   editor_->ReadProperties(bag);
   RebuildRecentMenu();
 
+  // Edits made here survive a crash; the next start offers them back.
+  editor_->KeepUnsavedEdits(true);
   connect(editor_, &editor::PopupControlEdit::modifiedChanged, this, [this]() { UpdateTitle(); });
+  connect(editor_, &editor::PopupControlEdit::readOnlyChanged, this, [this]() { UpdateTitle(); });
   connect(editor_, &editor::PopupControlEdit::changedOnDiskChanged, this, [this](bool changed) {
     changed_on_disk_ = changed;
     UpdateTitle();
@@ -134,8 +138,12 @@ bool MainWindow::OpenNamed(const QString& name) {
       throw RuntimeError(RuntimeErrorCode::kFileNotFound,
                          "no popup '" + popup.Display() + "' (its .ZPT file is missing)");
     }
+    std::string shown = editor_->SourceFile();
     editor_->SourceFile("");
-    editor_->OpenPopup(popup.folder.empty() ? "./" : popup.folder, popup.base);
+    if (!editor_->OpenPopup(popup.folder.empty() ? "./" : popup.folder, popup.base)) {
+      editor_->SourceFile(shown);  // the user chose not to open it
+      return false;
+    }
   } catch (const Error& error) {
     if (batch_) {
       std::fprintf(stderr, "zpopup-edit: %s\n", error.Description().c_str());
@@ -150,8 +158,40 @@ bool MainWindow::OpenNamed(const QString& name) {
   return true;
 }
 
+bool MainWindow::OfferRecovery() {
+  for (const editor::UnsavedEdits& edits : editor::PopupControlEdit::FindUnsavedEdits()) {
+    QString name = edits.file.empty() ? tr("a new popup") : ToQString(edits.file);
+    QMessageBox box(QMessageBox::Question, tr("Recover Unsaved Changes"),
+                    tr("Recover unsaved changes to %1 from %2?").arg(name, ToQString(edits.time)),
+                    QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, this);
+    box.button(QMessageBox::Yes)->setText(tr("Recover"));
+    box.button(QMessageBox::No)->setText(tr("Discard"));
+    box.button(QMessageBox::Cancel)->setText(tr("Not Now"));
+    box.setDefaultButton(QMessageBox::Yes);
+    int answer = box.exec();
+    if (answer == QMessageBox::No) {
+      editor::PopupControlEdit::DiscardUnsavedEdits(edits);
+    } else if (answer == QMessageBox::Yes) {
+      try {
+        if (!editor_->RecoverUnsavedEdits(edits)) continue;
+      } catch (const std::exception& error) {
+        editor_->ReportError(error);  // the edits stay for another try
+        continue;
+      }
+      if (!edits.file.empty()) {
+        RememberRecent(RecentEntry(ToQString(edits.path), ToQString(edits.file)));
+      }
+      UpdateTitle();
+      Status(tr("Recovered unsaved changes to %1").arg(name));
+      return true;
+    }
+  }
+  return false;
+}
+
 void MainWindow::SetBatch() {
   batch_ = true;
+  editor_->KeepUnsavedEdits(false);
   editor_->SetMessageBox(std::make_shared<StderrMessageBox>());
 }
 
@@ -259,6 +299,7 @@ void MainWindow::UpdateTitle() {
   std::string source = editor_->Popup()->DataSource();
   QString name = source.empty() ? tr("New Popup") : ToQString(source);
   if (changed_on_disk_) name += tr(" (changed on disk)");
+  if (editor_->ReadOnly()) name += tr(" (read-only)");
   setWindowTitle(name + QStringLiteral("[*] - ") + tr("ZephyrPopup Editor"));
   setWindowModified(editor_->Modified());
 }

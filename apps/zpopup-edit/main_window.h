@@ -26,6 +26,10 @@ class MainWindow : public QMainWindow {
   // Tells problems on standard error instead of in dialogs, for runs that
   // nobody watches.
   void SetBatch();
+  // Offers the unsaved edits that editors which died left behind, the
+  // latest first: Recover opens the popup with them, Discard drops them,
+  // Not Now keeps them for the next start. True when edits were recovered.
+  bool OfferRecovery();
   // Prints the data view to a PDF file through the editor's print path.
   bool PrintPdf(const QString& path);
 

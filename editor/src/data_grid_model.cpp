@@ -540,7 +540,9 @@ QVariant DataGridModel::headerData(int section, Qt::Orientation orientation, int
 Qt::ItemFlags DataGridModel::flags(const QModelIndex& index) const {
   GridNode* node = NodeOf(index);
   if (!node) return Qt::NoItemFlags;
-  Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDropEnabled;
+  Qt::ItemFlags flags = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+  if (read_only_) return flags;
+  flags |= Qt::ItemIsDropEnabled;
   // The title row is never edited here, nor dragged.
   return node->identity == 0 ? flags : flags | Qt::ItemIsEditable | Qt::ItemIsDragEnabled;
 }

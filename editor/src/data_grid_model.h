@@ -140,6 +140,8 @@ class DataGridModel : public QAbstractItemModel {
   QVariant data(const QModelIndex& index, int role) const override;
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
   Qt::ItemFlags flags(const QModelIndex& index) const override;
+  // Read-only, no cell takes an edit, a drag or a drop.
+  void SetReadOnly(bool read_only) { read_only_ = read_only; }
   // Items are dragged as their identity; the view, not the model, carries
   // out a drop.
   QStringList mimeTypes() const override;
@@ -180,6 +182,7 @@ class DataGridModel : public QAbstractItemModel {
   GridNode* title_ = nullptr;
   std::unique_ptr<NodeIndex> nodes_;
   std::unordered_set<int32_t> rekeyed_;
+  bool read_only_ = false;
   // The nodes (by identity, 0 for the title row) whose children may be out
   // of code order; every node when all_unsorted_.
   std::unordered_set<int32_t> unsorted_;

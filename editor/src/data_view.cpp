@@ -247,7 +247,7 @@ void DataView::DataRowChanged() {
     palette.setColor(QPalette::HighlightedText, shell_.q->palette().color(QPalette::ButtonText));
     DataGrid_->setPalette(palette);
   }
-  if (!CurrentIsTitle()) cmdDelete_->setEnabled(true);
+  if (!CurrentIsTitle()) cmdDelete_->setEnabled(!session_.ReadOnly());
 }
 
 void DataView::RebuildAddButtons() {
@@ -305,7 +305,7 @@ void DataView::ShowItemMenu(const QPoint& position) {
   QModelIndex cell = DataGrid_->indexAt(position);
   if (!cell.isValid()) return;
   bool title = !cell.parent().isValid();
-  if (!title) cmdDelete_->setEnabled(true);
+  if (!title) cmdDelete_->setEnabled(!session_.ReadOnly());
   DataGrid_->setCurrentIndex(cell);
   mnuPopupAction_->popup(DataGrid_->viewport()->mapToGlobal(position));
 }
@@ -357,6 +357,7 @@ bool DataView::DataEditRefused(const QModelIndex& cell, QString& text) {
 
 void DataView::DataAfterEdit(const QModelIndex& cell, const QString& text) {
   DebugLog(kEditModule, "Datagrid_AfterEdit", "Start");
+  session_.RequireWritable();
   if (!cell.parent().isValid()) return;  // the title row
   auto item = CurrentItem();
   if (!item) return;
@@ -528,6 +529,7 @@ void DataView::ApplyFind() {
 
 void DataView::DeleteDataItem() {
   DebugLog(kEditModule, "DeleteDataItem", "Start");
+  session_.RequireWritable();
   if (session_.Tell("Are you sure you want to delete this entry and its children?",
                     MessageButtons::kYesNo, "Confirm Delete", MessageIcon::kExclamation,
                     2) != MessageAnswer::kYes) {
@@ -683,6 +685,19 @@ void DataView::EnableDisable() {
   mnuMoveDown_->setEnabled(MoveNeighbour(1).isValid());
   mnuIndent_->setEnabled(MoveNeighbour(-1).isValid());
   mnuOutdent_->setEnabled(current_level >= 2);
+  if (session_.ReadOnly()) {
+    for (QWidget* button : cmdAdd_) button->setEnabled(false);
+    cmdDelete_->setEnabled(false);
+    for (QAction* action : {mnuDelete_, mnuAddChild_, mnuAddSibling_, mnuPaste_, mnuMoveUp_,
+                            mnuMoveDown_, mnuIndent_, mnuOutdent_}) {
+      action->setEnabled(false);
+    }
+  }
+}
+
+void DataView::ShowReadOnly() {
+  grid_->SetReadOnly(session_.ReadOnly());
+  EnableDisable();
 }
 
 std::shared_ptr<PopupItem> DataView::PasteSource() {

@@ -68,6 +68,9 @@ class DataView : public QObject {
   void FocusFind();
   // The data view's commands enabled as the current row allows.
   void EnableDisable();
+  // Shows whether the popup may be changed: read-only, no cell takes an
+  // edit or a drop and every command that changes items is disabled.
+  void ShowReadOnly();
   void RebuildAddButtons();
   uint32_t EditBackColor() const { return edit_back_color_; }
   void SetEditBackColor(uint32_t color) { edit_back_color_ = color; }

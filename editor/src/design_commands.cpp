@@ -100,4 +100,12 @@ void ImportCommand::redo() {
   state_.session.SetDataChanged(true);
 }
 
+void ApplyDesignCommand::Journal(PopupClass& popup, EditRecord& record, bool) const {
+  record.Whole(popup);
+}
+
+void ImportCommand::Journal(PopupClass& popup, EditRecord& record, bool) const {
+  record.Whole(popup);
+}
+
 }  // namespace zephyr::editor

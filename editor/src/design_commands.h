@@ -74,6 +74,7 @@ class ApplyDesignCommand : public EditorCommand {
   int View() const override { return kDesignTab; }
   void undo() override;
   void redo() override;
+  void Journal(PopupClass& popup, EditRecord& record, bool forward) const override;
 
  private:
   EditorState& state_;
@@ -93,6 +94,7 @@ class ImportCommand : public EditorCommand {
   int View() const override { return kAnyView; }
   void undo() override;
   void redo() override;
+  void Journal(PopupClass& popup, EditRecord& record, bool forward) const override;
 
  private:
   EditorState& state_;

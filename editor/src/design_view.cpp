@@ -53,14 +53,21 @@ void MakeCurrent(QTableView* view, int grid_row) {
   view->scrollTo(cell);
 }
 
+constexpr QAbstractItemView::EditTriggers kEditTriggers =
+    QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
+    QAbstractItemView::AnyKeyPressed;
+
 }  // namespace
 
 // A design action under way: the changes it makes to the working lists are
 // recorded once, as one command named `text`, when it ends.
 class DesignView::Action {
  public:
+  // Raises, changing nothing, when the popup may not be changed.
   Action(DesignView& view, QString text)
-      : view_(view), text_(std::move(text)), outer_(std::exchange(view.in_action_, true)) {}
+      : view_((view.session_.RequireWritable(), view)),
+        text_(std::move(text)),
+        outer_(std::exchange(view.in_action_, true)) {}
   ~Action() {
     view_.in_action_ = outer_;
     if (!outer_) view_.shell_.Guarded([this]() { view_.RecordDraft(text_); });
@@ -148,8 +155,7 @@ QFrame* DesignView::Build(QWidget* parent) {
   for (QTableView* view : {grdLevels_, grdFields_}) {
     view->setSelectionBehavior(QAbstractItemView::SelectRows);
     view->setSelectionMode(QAbstractItemView::SingleSelection);
-    view->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed |
-                          QAbstractItemView::AnyKeyPressed);
+    view->setEditTriggers(kEditTriggers);
     view->verticalHeader()->setVisible(false);
     // Tab leaves the grid for its buttons, so the design can be made from
     // the keyboard.
@@ -261,6 +267,7 @@ void DesignView::FillDesignGrids() {
     cmdDeleteLevels_->setEnabled(false);
   }
   txtTitle_->setText(ToQString(session_.Popup()->Title()));
+  if (session_.ReadOnly()) ShowReadOnly();
 }
 
 void DesignView::SizeFieldColumns() {
@@ -453,14 +460,16 @@ void DesignView::LevelRowEntered(int row) {
   // A click enables the button; entering a row then narrows it: only the
   // last level, and never the first, can be deleted.
   int rows = LevelList_->rowCount();
-  cmdDeleteLevels_->setEnabled(rows >= 1 && row == rows && row != 0 && row != 1);
+  cmdDeleteLevels_->setEnabled(!session_.ReadOnly() && rows >= 1 && row == rows && row != 0 &&
+                               row != 1);
 }
 
 void DesignView::FieldRowEntered(int row) {
   int rows = FieldList_->rowCount();
-  if (rows >= 1) cmdDeleteField_->setEnabled(true);
-  cmdUp_->setEnabled(row > 1 && row <= rows);
-  cmdDown_->setEnabled(row >= 1 && row < rows);
+  bool writable = !session_.ReadOnly();
+  if (rows >= 1) cmdDeleteField_->setEnabled(writable);
+  cmdUp_->setEnabled(writable && row > 1 && row <= rows);
+  cmdDown_->setEnabled(writable && row >= 1 && row < rows);
 }
 
 bool DesignView::LevelEditRefused(const QString& text) {
@@ -538,6 +547,22 @@ void DesignView::SaveFieldsCol() {
         {field->Name(), field->FieldLength(), field->StartCharPos(), field->InitialIndex()});
   }
   session_.Popup()->ReplaceFields(fields);
+}
+
+void DesignView::ShowReadOnly() {
+  bool read_only = session_.ReadOnly();
+  txtTitle_->setReadOnly(read_only);
+  for (QTableView* grid : {grdLevels_, grdFields_}) {
+    grid->setEditTriggers(read_only ? QAbstractItemView::NoEditTriggers : kEditTriggers);
+  }
+  for (QAbstractButton* button : std::initializer_list<QAbstractButton*>{
+           cmdAddField_, cmdDeleteField_, cmdUp_, cmdDown_, cmdAddLevels_, cmdDeleteLevels_,
+           cmdImport_}) {
+    // Writable again (after a Save As), the rows entered enable the rest.
+    if (read_only || button == cmdAddField_ || button == cmdAddLevels_ || button == cmdImport_) {
+      button->setEnabled(!read_only);
+    }
+  }
 }
 
 }  // namespace zephyr::editor

@@ -41,6 +41,9 @@ class DesignView : public QObject {
   void FillDesignGrids();
   void SizeFieldColumns();
   void FocusTitle();
+  // Shows whether the popup may be changed: read-only, the title, the lists
+  // and their buttons take no edits.
+  void ShowReadOnly();
   // Checks the edited design, telling the user the first rule it breaks and
   // making its row current.
   bool Validate();

@@ -96,6 +96,10 @@ MessageAnswer EditorState::AskChangedOnDisk() {
 
 bool EditorState::SaveChanges(bool save_as) {
   DebugLog(kEditModule, "SaveChanges", "Start");
+  if (session.ReadOnly() && !save_as) {
+    session.Tell(session.ReadOnlyMessage());
+    return false;
+  }
   while (true) {
     if (session.Popup()->DataSource().empty() || save_as) {
       if (!ChooseSaveName()) return false;
@@ -125,6 +129,11 @@ bool EditorState::SaveChanges(bool save_as) {
     session.MarkSaved();
     WatchFiles();  // the save replaced the files
     ReportChangedOnDisk(false);
+    if (session.ReadOnly()) {  // a copy of its own, under a new name
+      session.SetReadOnly(false);
+      ShowReadOnly();
+    }
+    HoldLock();
   }
   return wrote;
 }

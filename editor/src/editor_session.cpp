@@ -1,7 +1,10 @@
 #include "editor_session.h"
 
 #include <QUndoStack>
+#include <stdexcept>
 #include <utility>
+
+#include "editor_command.h"
 
 namespace zephyr::editor {
 
@@ -11,6 +14,8 @@ EditorSession::EditorSession(QObject* owner, Services services, Observer observe
       observer_(std::move(observer)),
       history_(new QUndoStack(owner)) {
   QObject::connect(history_, &QUndoStack::cleanChanged, history_, [this]() { ReportModified(); });
+  QObject::connect(history_, &QUndoStack::indexChanged, history_,
+                   [this](int index) { JournalHistory(index); });
   SetServices(services_);
 }
 
@@ -68,10 +73,13 @@ void EditorSession::MarkModified() {
 void EditorSession::MarkSaved() {
   history_->setClean();
   modified_ = false;
+  journal_.Discard();  // the files hold it all now
   ReportModified();
 }
 
 void EditorSession::StartHistory() {
+  journal_.Discard();
+  journaled_index_ = 0;
   history_->clear();
   modified_ = false;
   ReportModified();
@@ -79,6 +87,58 @@ void EditorSession::StartHistory() {
 
 void EditorSession::Record(QUndoCommand* command) {
   history_->push(command);
+}
+
+void EditorSession::KeepJournal(bool keep) {
+  keep_journal_ = keep;
+  if (!keep) journal_.Discard();
+}
+
+void EditorSession::AdoptJournal(const UnsavedEdits& edits) {
+  journal_.Adopt(edits);
+  journaled_index_ = history_->index();
+}
+
+void EditorSession::RequireWritable() const {
+  if (read_only_) throw std::runtime_error(ReadOnlyMessage());
+}
+
+std::string EditorSession::ReadOnlyMessage() const {
+  return source_file_ +
+         " is open read-only: another editor has it open. Use Save As to keep a copy of it.";
+}
+
+void EditorSession::JournalHistory(int index) {
+  if (history_->count() == 0) {  // cleared: the commands are gone
+    journaled_index_ = 0;
+    return;
+  }
+  if (!keep_journal_) {
+    journaled_index_ = index;
+    return;
+  }
+  EditRecord record;
+  auto journal = [&](int at, bool forward) {
+    if (auto* command = dynamic_cast<const EditorCommand*>(history_->command(at))) {
+      command->Journal(*popup_, record, forward);
+    }
+  };
+  for (int at = journaled_index_ - 1; at >= index; --at) journal(at, false);
+  for (int at = journaled_index_; at < index; ++at) journal(at, true);
+  journaled_index_ = index;
+  try {
+    if (!IsModified()) {
+      journal_.Discard();  // back where the files are
+    } else if (!record.Empty()) {
+      journal_.Write(record, source_path_, source_file_);
+    }
+  } catch (const std::exception& error) {
+    // Told once: the edits go on, only a crash would lose them.
+    if (!std::exchange(journal_failed_, true)) {
+      Tell(std::string(error.what()) + "\n\nA crash now would lose your unsaved edits.",
+           MessageButtons::kOk, {}, MessageIcon::kExclamation);
+    }
+  }
 }
 
 void EditorSession::ClearHistory() {

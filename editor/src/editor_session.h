@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 
+#include "edit_journal.h"
 #include "zephyr/editor/new_key_prompt.h"
 #include "zephyr/runtime/popup_class.h"
 #include "zephyr/support/clipboard.h"
@@ -76,6 +77,19 @@ class EditorSession {
   // A popup just opened: no history and no unsaved work.
   void StartHistory();
 
+  // Whether every change of the history is kept in a journal of unsaved
+  // edits (off by default).
+  void KeepJournal(bool keep);
+  // Goes on with an orphaned journal whose edits the popup now holds.
+  void AdoptJournal(const UnsavedEdits& edits);
+
+  // Whether the popup may not be changed (another editor has it open).
+  bool ReadOnly() const { return read_only_; }
+  void SetReadOnly(bool read_only) { read_only_ = read_only; }
+  // Raises, telling why, when the popup may not be changed.
+  void RequireWritable() const;
+  std::string ReadOnlyMessage() const;
+
   QUndoStack& History() const { return *history_; }
   // Pushes a command for an edit already made.
   void Record(QUndoCommand* command);
@@ -91,6 +105,9 @@ class EditorSession {
  private:
   // Tells the observer when IsModified changed.
   void ReportModified();
+  // The history stands at `index`: the journal gets what the commands undone
+  // or redone since it last wrote made of the popup.
+  void JournalHistory(int index);
 
   std::shared_ptr<PopupClass> popup_;
   std::string source_path_;
@@ -103,6 +120,11 @@ class EditorSession {
   bool reported_modified_ = false;
   int32_t copied_identity_ = 0;
   bool copied_was_cut_ = false;
+  bool read_only_ = false;
+  bool keep_journal_ = false;
+  EditJournal journal_;
+  int journaled_index_ = 0;
+  bool journal_failed_ = false;
 };
 
 }  // namespace zephyr::editor

@@ -6,6 +6,7 @@
 
 #include <QObject>
 #include <QTimer>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,6 +25,7 @@
 #include "zephyr/editor/popup_control_edit.h"
 #include "zephyr/excel/workbook.h"
 #include "zephyr/support/errors.h"
+#include "zephyr/support/lock_file.h"
 
 class QAction;
 class QFileSystemWatcher;
@@ -64,7 +66,20 @@ class EditorState : public QObject {
 
   // --- shell ---
   void BuildControls();
-  void OpenPopup(const std::string& path, const std::string& file);
+  // Opens a popup (see PopupControlEdit::OpenPopup). `prepare`, when given,
+  // works on the popup once read, before it replaces the one shown; what it
+  // raises leaves the editor as it was. False when the user chose not to
+  // open a popup another editor has open.
+  bool OpenPopup(const std::string& path, const std::string& file,
+                 const std::function<void(PopupClass&)>& prepare = {});
+  // What to do about a popup another editor has open, after asking.
+  enum class LockChoice { kTake, kReadOnly, kCancel };
+  LockChoice AskAboutLock(const std::string& template_path);
+  // Holds the lock beside the popup's files as they are named now, and none
+  // for a popup without files or one open read-only.
+  void HoldLock();
+  // Shows in both views (and tells the host) whether the popup may be changed.
+  void ShowReadOnly();
   void LoadDesignMode();
   void LoadDataMode();
   bool TabBeforeClick(int target);
@@ -139,6 +154,8 @@ class EditorState : public QObject {
   QFileSystemWatcher* watcher = nullptr;
   QTimer* watch_settle = nullptr;
   bool reported_changed_on_disk = false;
+  // Tells other editors who has the popup open.
+  LockFile lock;
 
   // The two views.
   DesignView* design = nullptr;

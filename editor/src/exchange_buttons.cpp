@@ -89,6 +89,7 @@ std::optional<std::string> EditorState::PickWorkbook() {
 
 void EditorState::ImportFromExcel() {
   DebugLog(kEditModule, "cmdImport_Click", "Start");
+  session.RequireWritable();
   if (session.DataChanged() && !DataMode) {
     if (!design->Validate()) return;
     SaveDesign();

@@ -155,7 +155,10 @@ void ReparentCommand::Redo() {
   expanded_ = view_.ExpandedIn(layout_);
   view_.Grid().RemoveRow(row);
   detached_ = view_.Session().Popup()->DetachItem(item);
+  move_record_ = {};
+  move_record_.Removed(*view_.Session().Popup(), detached_);
   view_.Session().Popup()->AppendBranch(item, parent, code_);
+  move_record_.Inserted(*view_.Session().Popup(), item);
   QModelIndex parent_row = view_.RowOf(new_parent_);
   view_.Grid().InsertLayout(parent_row, view_.Grid().rowCount(parent_row), layout_);
   view_.Outline().expand(parent_row);
@@ -168,9 +171,11 @@ void ReparentCommand::Undo() {
   view_.Grid().RestoreOrder(sorted_);
   auto item = FindItemByIdentity(moved_);
   view_.Grid().RemoveRow(view_.RowOf(moved_));
-  view_.Session().Popup()->DetachItem(item);
+  move_record_ = {};
+  move_record_.Removed(*view_.Session().Popup(), view_.Session().Popup()->DetachItem(item));
   view_.Session().Popup()->RestoreKeys(keys_);
   view_.Session().Popup()->ReattachItem(detached_);
+  move_record_.Inserted(*view_.Session().Popup(), item);
   QModelIndex old_parent = view_.RowOf(old_parent_);
   view_.Grid().InsertLayout(old_parent, old_row_, layout_);
   view_.Outline().expand(old_parent);
@@ -206,6 +211,39 @@ void DeleteBranchCommand::Redo() {
   view_.Grid().RemoveRow(row);
   detached_ = view_.Session().Popup()->DetachItem(FindItemByIdentity(identity_));
   view_.Outline().setCurrentIndex(above.isValid() ? above : view_.Grid().TitleIndex());
+}
+
+void ChangeValueCommand::Journal(PopupClass& popup, EditRecord& record, bool) const {
+  record.Value(popup, *FindItemByIdentity(identity_), column_);
+}
+
+void ChangeKeyCommand::Journal(PopupClass& popup, EditRecord& record, bool) const {
+  record.Code(popup, *FindItemByIdentity(identity_));
+}
+
+void AddBranchCommand::Journal(PopupClass& popup, EditRecord& record, bool forward) const {
+  if (forward) {
+    record.Inserted(popup, FindItemByIdentity(identity_));
+  } else {
+    record.Removed(popup, detached_);
+  }
+}
+
+void MoveCommand::Journal(PopupClass& popup, EditRecord& record, bool) const {
+  record.Code(popup, *FindItemByIdentity(moved_));
+  record.Code(popup, *FindItemByIdentity(neighbour_));
+}
+
+void ReparentCommand::Journal(PopupClass&, EditRecord& record, bool) const {
+  record.Append(move_record_);
+}
+
+void DeleteBranchCommand::Journal(PopupClass& popup, EditRecord& record, bool forward) const {
+  if (forward) {
+    record.Removed(popup, detached_);
+  } else {
+    record.Inserted(popup, FindItemByIdentity(identity_));
+  }
 }
 
 }  // namespace zephyr::editor

@@ -45,6 +45,8 @@ class ChangeValueCommand : public ItemCommand {
   ChangeValueCommand(DataView& view, int32_t identity, int column, std::string before,
                      std::string after);
 
+  void Journal(PopupClass& popup, EditRecord& record, bool forward) const override;
+
  private:
   void Undo() override;
   void Redo() override;
@@ -60,6 +62,8 @@ class ChangeKeyCommand : public ItemCommand {
   ChangeKeyCommand(DataView& view, int32_t identity, std::string before, std::string after,
                    bool was_marked, SortRecord sorted);
 
+  void Journal(PopupClass& popup, EditRecord& record, bool forward) const override;
+
  private:
   void Undo() override;
   void Redo() override;
@@ -74,6 +78,8 @@ class AddBranchCommand : public ItemCommand {
  public:
   AddBranchCommand(DataView& view, const QString& text, int32_t identity, int32_t current_before,
                    bool parent_was_expanded, SortRecord sorted);
+
+  void Journal(PopupClass& popup, EditRecord& record, bool forward) const override;
 
  private:
   void Undo() override;
@@ -97,6 +103,8 @@ class MoveCommand : public ItemCommand {
  public:
   MoveCommand(DataView& view, const QString& text, int32_t moved, int32_t neighbour);
 
+  void Journal(PopupClass& popup, EditRecord& record, bool forward) const override;
+
  private:
   void Undo() override { Trade(); }
   void Redo() override { Trade(); }
@@ -112,6 +120,8 @@ class ReparentCommand : public ItemCommand {
   ReparentCommand(DataView& view, const QString& text, int32_t moved, int32_t new_parent,
                   std::string code);
 
+  void Journal(PopupClass& popup, EditRecord& record, bool forward) const override;
+
  private:
   void Undo() override;
   void Redo() override;
@@ -125,6 +135,9 @@ class ReparentCommand : public ItemCommand {
   BranchLayout layout_;
   std::vector<int32_t> expanded_;
   SortRecord sorted_;
+  // The last move, written down as it was made: where the branch left and
+  // where it went (a place read later could have shifted).
+  EditRecord move_record_;
 };
 
 // A deleted item and its branch.
@@ -133,6 +146,8 @@ class DeleteBranchCommand : public ItemCommand {
   DeleteBranchCommand(DataView& view, const QString& text, PopupClass::DetachedItem detached,
                       int32_t parent_identity, int row, BranchLayout layout,
                       std::vector<int32_t> expanded);
+
+  void Journal(PopupClass& popup, EditRecord& record, bool forward) const override;
 
  private:
   void Undo() override;

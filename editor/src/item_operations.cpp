@@ -99,6 +99,7 @@ void DataView::AddGridRow(const QModelIndex& parent_row, const std::shared_ptr<P
 
 void DataView::AddChild() {
   DebugLog(kEditModule, "AddChild", "Start");
+  session_.RequireWritable();
   AddParent_ = nullptr;
   bool title = CurrentIsTitle();
   auto current = CurrentItem();
@@ -146,6 +147,7 @@ QModelIndex DataView::ParentRowOf(const PopupItem& item) {
 
 void DataView::AddSibling() {
   DebugLog(kEditModule, "AddSibling", "Start");
+  session_.RequireWritable();
   auto current = CurrentItem();
   if (!current) return;
   auto added = AddSiblingItem(current);
@@ -237,6 +239,7 @@ void DataView::LogAdd2GridCopy(PopupItem& item) {
 
 void DataView::Paste() {
   DebugLog(kEditModule, "mnuPaste_Click", "Start");
+  session_.RequireWritable();
   // Paste obeys the rule that enables its menu item, whichever way it is
   // asked, and puts a copy of the item with its branch after the current
   // one, coded from the key step as a copy with children is.
@@ -268,6 +271,7 @@ QModelIndex DataView::MoveNeighbour(int step) const {
 }
 
 void DataView::MoveItem(int step) {
+  session_.RequireWritable();
   QModelIndex neighbour = MoveNeighbour(step);
   if (!neighbour.isValid()) return;
   int32_t moved = IdentityOf(DataGrid_->currentIndex());
@@ -312,6 +316,7 @@ bool InBranchOf(std::shared_ptr<PopupItem> candidate, const std::shared_ptr<Popu
 }  // namespace
 
 void DataView::DropItem(const QModelIndex& target, OutlineView::DropPlace place, bool copy) {
+  session_.RequireWritable();
   auto item = FindItemByIdentity(IdentityOf(DataGrid_->currentIndex()));
   if (!item || !target.isValid()) return;
   auto target_item = grid_->ItemAt(target);  // null for the title row
@@ -348,6 +353,7 @@ void DataView::DropItem(const QModelIndex& target, OutlineView::DropPlace place,
 }
 
 void DataView::Indent() {
+  session_.RequireWritable();
   QModelIndex previous = MoveNeighbour(-1);
   auto item = FindItemByIdentity(IdentityOf(DataGrid_->currentIndex()));
   if (!previous.isValid() || !item) return;
@@ -360,6 +366,7 @@ void DataView::Indent() {
 }
 
 void DataView::Outdent() {
+  session_.RequireWritable();
   auto item = FindItemByIdentity(IdentityOf(DataGrid_->currentIndex()));
   if (!item || item->Level() < 2) return;
   auto parent = item->Parent();
@@ -374,6 +381,7 @@ void DataView::Outdent() {
 }
 
 void DataView::CopyToClipboard(bool cut) {
+  if (cut) session_.RequireWritable();
   if (auto item = CurrentItem(); item && !CurrentIsTitle()) {
     session_.services().clipboard->SetText(std::to_string(item->Identity()));
     session_.SetCopied(item->Identity(), cut);

@@ -22,6 +22,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
+#include "edit_journal.h"
 #include "editor_state.h"
 #include "named_widget.h"
 #include "tab_strip.h"
@@ -170,7 +171,8 @@ void EditorState::ReportError(const std::exception& error) {
   }
 }
 
-void EditorState::OpenPopup(const std::string& path, const std::string& file) {
+bool EditorState::OpenPopup(const std::string& path, const std::string& file,
+                            const std::function<void(PopupClass&)>& prepare) {
   // A popup that fails to open leaves the editor as it was: the new popup is
   // read before it replaces the current one, and the names are kept.
   std::string source_path = path.empty() ? session.SourcePath() : path;
@@ -180,7 +182,15 @@ void EditorState::OpenPopup(const std::string& path, const std::string& file) {
   opened->SetProgress(session.services().progress);
   opened->PopupPath(source_path);
   opened->DataSource(source_file);
-  if (!source_file.empty()) opened->OpenPopup();
+  bool read_only = false;
+  if (!source_file.empty()) {
+    opened->OpenPopup();
+    LockChoice choice =
+        AskAboutLock(WithTrailingSlash(opened->PopupPath()) + opened->TemplateFileName());
+    if (choice == LockChoice::kCancel) return false;
+    read_only = choice == LockChoice::kReadOnly;
+  }
+  if (prepare) prepare(*opened);
 
   Opening = true;
   data->SetOutlineStale();
@@ -191,6 +201,8 @@ void EditorState::OpenPopup(const std::string& path, const std::string& file) {
   session.SetSource(std::move(source_path), std::move(source_file));
   session.SetPopup(std::move(opened));
   session.StartHistory();  // the last popup's history, saved or not, goes with it
+  session.SetReadOnly(read_only);
+  HoldLock();
   WatchFiles();
   ReportChangedOnDisk(false);
   if (!session.SourceFile().empty()) {
@@ -205,6 +217,55 @@ void EditorState::OpenPopup(const std::string& path, const std::string& file) {
     LoadDesignMode();
     design->FocusTitle();  // a new popup starts with its title
   }
+  ShowReadOnly();
+  return true;
+}
+
+EditorState::LockChoice EditorState::AskAboutLock(const std::string& template_path) {
+  auto owner = LockFile::Read(template_path);
+  if (!owner || owner->IsStale() || lock.Path() == LockFile::PathFor(template_path)) {
+    return LockChoice::kTake;
+  }
+  Message message;
+  message.title = "Popup In Use";
+  message.prompt = owner->Describe() +
+                   ".\r\n\r\nOpen Read-Only shows the popup without letting it be changed; "
+                   "Open Anyway lets you both edit it, and the later save asks before it "
+                   "overwrites the other.";
+  message.buttons = MessageButtons::kYesNoCancel;
+  message.icon = MessageIcon::kExclamation;
+  message.button_texts = {"Open Read-Only", "Open Anyway", "Cancel"};
+  switch (session.services().messages->Show(message)) {
+    case MessageAnswer::kYes:
+      return LockChoice::kReadOnly;
+    case MessageAnswer::kNo:
+      return LockChoice::kTake;
+    default:
+      return LockChoice::kCancel;
+  }
+}
+
+void EditorState::HoldLock() {
+  const auto& popup = *session.Popup();
+  if (session.ReadOnly() || popup.DataSource().empty()) {
+    lock.Release();
+    return;
+  }
+  std::string template_path = WithTrailingSlash(popup.PopupPath()) + popup.TemplateFileName();
+  if (lock.Path() == LockFile::PathFor(template_path)) return;
+  try {
+    lock = LockFile::Take(template_path);
+  } catch (const std::exception&) {
+    // A folder that takes no new file takes no save either; other editors
+    // are simply not told.
+    lock.Release();
+  }
+}
+
+void EditorState::ShowReadOnly() {
+  data->ShowReadOnly();
+  design->ShowReadOnly();
+  emit q->readOnlyChanged(session.ReadOnly());
 }
 
 void EditorState::LoadDesignMode() {
@@ -318,8 +379,35 @@ void PopupControlEdit::LoadDesignMode() {
 void PopupControlEdit::LoadDataMode() {
   state_->LoadDataMode();
 }
-void PopupControlEdit::OpenPopup(const std::string& path, const std::string& file) {
-  state_->OpenPopup(path, file);
+bool PopupControlEdit::OpenPopup(const std::string& path, const std::string& file) {
+  return state_->OpenPopup(path, file);
+}
+
+bool PopupControlEdit::ReadOnly() const {
+  return state_->session.ReadOnly();
+}
+
+void PopupControlEdit::KeepUnsavedEdits(bool keep) {
+  state_->session.KeepJournal(keep);
+}
+
+std::vector<UnsavedEdits> PopupControlEdit::FindUnsavedEdits() {
+  return EditJournal::Orphaned();
+}
+
+void PopupControlEdit::DiscardUnsavedEdits(const UnsavedEdits& edits) {
+  EditJournal::Remove(edits);
+}
+
+bool PopupControlEdit::RecoverUnsavedEdits(const UnsavedEdits& edits) {
+  std::string recorded = EditJournal::EditsOf(edits);
+  if (!state_->OpenPopup(edits.path, edits.file,
+                         [&recorded](PopupClass& popup) { ReplayEdits(popup, recorded); })) {
+    return false;
+  }
+  state_->session.MarkModified();
+  state_->session.AdoptJournal(edits);
+  return true;
 }
 bool PopupControlEdit::ShowView(bool DataView) {
   int tab = DataView ? kDataTab : kDesignTab;

@@ -98,10 +98,11 @@ class ExchangeButtonsTest : public QObject, zephyr::testing::EditorFixture {
 
     // Saved without visiting the data view, every imported item is written.
     editor->SaveChanges(false);
-    PopupControlEdit reopened;
-    reopened.SetProgress(std::make_shared<zephyr::NoProgress>());
-    reopened.OpenPopup(dir->Path(), "Products");
-    QCOMPARE(Describe(*reopened.Popup()->PopupItems()), imported);
+    zephyr::PopupClass reopened;
+    reopened.PopupPath(dir->Path());
+    reopened.DataSource("Products");
+    reopened.OpenPopup();
+    QCOMPARE(Describe(*reopened.PopupItems()), imported);
 
     // The picker opens where the last workbook was found.
     dialog->answers = {};

@@ -199,7 +199,10 @@ class PopupControlEditTest : public QObject, zephyr::testing::EditorFixture {
     other.SetMessageBox(other_messages);
     other.SetFileDialog(other_dialog);
     other.SetProgress(std::make_shared<zephyr::NoProgress>());
+    other_messages->answers = {MessageAnswer::kNo};  // the first editor has it open
     other.OpenPopup(dir->Path(), "Products");
+    QCOMPARE(other_messages->shown.back().button_texts,
+             (std::vector<std::string>{"Open Read-Only", "Open Anyway", "Cancel"}));
     other.Popup()->Title("Theirs");
     QVERIFY(other.SaveChanges(false));
     const std::string theirs = files("Products");

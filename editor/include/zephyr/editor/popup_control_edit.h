@@ -21,6 +21,7 @@ class QUndoStack;
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "zephyr/editor/new_key_prompt.h"
 #include "zephyr/editor/property_bag.h"
@@ -38,6 +39,15 @@ inline constexpr uint32_t kDefaultEditBackColor = 0x8000000F;
 inline constexpr const char* kEditBackColorProperty = "EditBackColor";
 
 class EditorState;
+
+// Edits an editor made and never saved, left behind when its process
+// stopped without closing it (a crash, a kill, a power cut).
+struct UnsavedEdits {
+  std::string journal;  // the folder that keeps them
+  std::string path;     // the popup's folder and base name (none for a new popup)
+  std::string file;
+  std::string time;  // of the last edit, "yyyy-MM-dd HH:mm" local time
+};
 
 class PopupControlEdit : public QWidget {
   Q_OBJECT
@@ -87,7 +97,29 @@ class PopupControlEdit : public QWidget {
   // editor starts a new popup in the design view. Errors of the popup's own
   // OpenPopup propagate, and leave the editor exactly as it was before the
   // call: the same popup, views, flags and names.
-  void OpenPopup(const std::string& path, const std::string& file);
+  //
+  // While a popup is open the editor keeps a lock file beside it. A popup
+  // another editor has open asks the user: Open Read-Only (nothing can be
+  // changed; Save As keeps a copy), Open Anyway, or Cancel, which leaves
+  // the editor as it was and answers false.
+  bool OpenPopup(const std::string& path, const std::string& file);
+  // True while the popup is open read-only.
+  bool ReadOnly() const;
+
+  // Crash recovery. An editor told to keep its unsaved edits writes every
+  // change of its history to a journal in the user's application data,
+  // removed by a save that writes, by undoing back to the files and when
+  // the editor closes; only a process that dies leaves it behind. Off by
+  // default: a host that offers recovery at its start turns it on.
+  void KeepUnsavedEdits(bool keep);
+  // Edits left behind by editors of this application that died, the latest first.
+  static std::vector<UnsavedEdits> FindUnsavedEdits();
+  static void DiscardUnsavedEdits(const UnsavedEdits& edits);
+  // Opens the popup the edits were made on and makes them again; they are
+  // unsaved work, kept as this editor's journal. Errors propagate and leave
+  // the editor, and the edits, as they were. False when the user cancelled
+  // (the popup is open in another editor).
+  bool RecoverUnsavedEdits(const UnsavedEdits& edits);
   // Switches to the design view (false) or the data view (true) as a click
   // on its tab would: leaving the design view validates and saves the design
   // first, and a design that fails keeps the design view. True when the
@@ -197,6 +229,8 @@ class PopupControlEdit : public QWidget {
   // unsaved work here (true), or the editor saved or reopened it (false);
   // a save asks before it overwrites.
   void changedOnDiskChanged(bool changed);
+  // The popup opened read-only (true), or writable again after a Save As.
+  void readOnlyChanged(bool read_only);
   // Whether there is an edit to undo or redo changed.
   void canUndoChanged(bool can_undo);
   void canRedoChanged(bool can_redo);

@@ -60,6 +60,8 @@ class LockFile {
   LockFile& operator=(const LockFile&) = delete;
 
   bool Held() const { return !path_.empty(); }
+  // The lock file's path; empty when none is held.
+  const std::string& Path() const { return path_; }
   // Removes the lock now (see the destructor).
   void Release();
 
