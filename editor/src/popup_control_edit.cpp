@@ -223,7 +223,7 @@ bool EditorState::OpenPopup(const std::string& path, const std::string& file,
 
 EditorState::LockChoice EditorState::AskAboutLock(const std::string& template_path) {
   auto owner = LockFile::Read(template_path);
-  if (!owner || owner->IsStale() || lock.Path() == LockFile::PathFor(template_path)) {
+  if (!owner || owner->IsStale() || lock.IsFor(template_path)) {
     return LockChoice::kTake;
   }
   Message message;
@@ -252,7 +252,7 @@ void EditorState::HoldLock() {
     return;
   }
   std::string template_path = WithTrailingSlash(popup.PopupPath()) + popup.TemplateFileName();
-  if (lock.Path() == LockFile::PathFor(template_path)) return;
+  if (lock.IsFor(template_path)) return;
   try {
     lock = LockFile::Take(template_path);
   } catch (const std::exception&) {

@@ -140,6 +140,11 @@ LockFile LockFile::Take(const std::string& template_path) {
   return lock;
 }
 
+bool LockFile::IsFor(const std::string& template_path) const {
+  std::error_code error;
+  return Held() && std::filesystem::equivalent(path_, PathFor(template_path), error);
+}
+
 LockFile::~LockFile() {
   Release();
 }

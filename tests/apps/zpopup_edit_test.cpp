@@ -1,19 +1,24 @@
 // zpopup-edit's main window driven as a user drives it: its menus, its
 // title's modified mark, the question before work is set aside, the recent
-// list and the status bar.
+// list, the status bar and the recovery of a killed editor's edits.
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QDir>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
+#include <QProcess>
 #include <QPushButton>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QStatusBar>
+#include <QTableView>
 #include <QTest>
 #include <QTimer>
 #include <QTreeView>
+#include <csignal>
+#include <cstdio>
 #include <functional>
 
 #include "editor/editor_fixture.h"
@@ -23,6 +28,9 @@ using zephyr::apps::MainWindow;
 
 namespace {
 
+// Set in the environment of a child run: the popup it edits before it is killed.
+constexpr const char* kEditAndWait = "ZPOPUP_EDIT_TEST_EDIT_AND_WAIT";
+
 // Answers the next message box of the window with one of its buttons.
 void AnswerNextBox(QMessageBox::StandardButton button, QString* text = nullptr) {
   zephyr::testing::WhenModal([button, text](QWidget* shown) {
@@ -31,6 +39,58 @@ void AnswerNextBox(QMessageBox::StandardButton button, QString* text = nullptr) 
     if (text) *text = box->text();
     box->button(button)->click();
   });
+}
+
+// The same edits of Products, made by object name in the editor that is
+// killed and in the one that shows what they must give: a deletion, a value
+// typed, a move undone and redone, and a field deleted from the design.
+void MakeEdits(MainWindow& window, zephyr::testing::ScriptedMessageBox& messages) {
+  auto* editor = window.Editor();
+  auto* outline = window.findChild<QTreeView*>("DataGrid");
+  QAbstractItemModel* model = outline->model();
+  QModelIndex title = model->index(0, 0);
+  outline->setFocus();
+  outline->setCurrentIndex(model->index(0, 0, model->index(0, 0, title)));  // Apples
+  messages.answers = {zephyr::MessageAnswer::kYes};
+  QTest::keyClick(outline, Qt::Key_Delete);
+
+  QModelIndex bread = model->index(0, 1, model->index(1, 0, title));
+  outline->setCurrentIndex(bread);
+  QTest::keyClick(outline, Qt::Key_Return);
+  auto* cell = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+  if (!cell) qFatal("no cell editor");
+  cell->selectAll();
+  QTest::keyClicks(cell, "Rye bread");
+  QTest::keyClick(cell, Qt::Key_Return);
+  QApplication::processEvents();  // as between a user's keys: the closed cell goes
+
+  outline->setCurrentIndex(model->index(1, 0, title));  // Bakery
+  editor->MoveItemUp();
+  editor->undo();
+  editor->redo();
+
+  editor->ShowView(false);
+  auto* fields = window.findChild<QTableView*>("grdFields");
+  fields->setCurrentIndex(fields->model()->index(1, 0));  // Note
+  messages.answers = {zephyr::MessageAnswer::kYes};
+  window.findChild<QPushButton*>("cmdDeleteField")->click();
+  editor->ShowView(true);
+}
+
+// The child's part: opens the popup, makes the edits, says so, and waits to
+// be killed.
+int EditAndWait(const QString& popup) {
+  QStandardPaths::setTestModeEnabled(true);
+  MainWindow window;
+  auto messages = std::make_shared<zephyr::testing::ScriptedMessageBox>();
+  window.Editor()->SetMessageBox(messages);
+  window.Editor()->SetProgress(std::make_shared<zephyr::NoProgress>());
+  window.show();
+  if (!QTest::qWaitForWindowActive(&window) || !window.OpenNamed(popup)) return 2;
+  MakeEdits(window, *messages);
+  std::printf("edited\n");
+  std::fflush(stdout);
+  return QApplication::exec();
 }
 
 QAction* ActionNamed(QMenu* menu, const QString& start) {
@@ -56,8 +116,9 @@ class ZpopupEditTest : public QObject {
  private slots:
   void initTestCase() {
     QStandardPaths::setTestModeEnabled(true);
-    QApplication::setOrganizationName("ZephyrPopupTest");
-    QApplication::setApplicationName("zpopup-edit-test");
+    // Edits earlier runs left behind are not this run's.
+    QDir(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/journal")
+        .removeRecursively();
   }
   void init() {
     zephyr::testing::FailOnQtWarnings();
@@ -150,7 +211,56 @@ class ZpopupEditTest : public QObject {
     QCOMPARE(messages_->shown.back().prompt.substr(0, 21), std::string("Run-time error '457':"));
     QCOMPARE(window_->Editor()->Popup()->PopupItems()->Count(), 2);
   }
+
+  // An editor killed with edits unsaved: the next start offers them, and
+  // the popup recovered saves exactly what those edits saved would have.
+  void aKilledEditorsEditsAreRecoveredAtTheNextStart() {
+    zephyr::testing::TempDir killed_dir;
+    zephyr::testing::WriteProducts(killed_dir.Path());
+    QProcess child;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(kEditAndWait, QString::fromStdString(killed_dir.File("Products")));
+    child.setProcessEnvironment(environment);
+    child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    child.start(QCoreApplication::applicationFilePath(), {});
+    QVERIFY(child.waitForStarted());
+    QByteArray said;
+    QTRY_VERIFY_WITH_TIMEOUT((said += child.readAllStandardOutput()).contains("edited") ||
+                                 child.state() != QProcess::Running,
+                             30000);
+    QCOMPARE(child.state(), QProcess::Running);
+    ::kill(static_cast<pid_t>(child.processId()), SIGKILL);
+    QVERIFY(child.waitForFinished());
+
+    MakeEdits(*window_, *messages_);
+    QVERIFY(window_->Editor()->SaveChanges(false));
+    auto files = [](const zephyr::testing::TempDir& dir) {
+      return zephyr::testing::ReadBytes(dir.File("Products.ZPT")) + "|" +
+             zephyr::testing::ReadBytes(dir.File("Products.ZPD"));
+    };
+    const std::string expected = files(*dir_);
+    QVERIFY(expected.find("Rye bread") != std::string::npos);
+
+    MainWindow recovered;
+    recovered.Editor()->SetMessageBox(messages_);
+    recovered.show();
+    QString asked;
+    AnswerNextBox(QMessageBox::Yes, &asked);
+    QVERIFY(recovered.OfferRecovery());
+    QVERIFY2(asked.startsWith("Recover unsaved changes to Products from "), qPrintable(asked));
+    QVERIFY(recovered.isWindowModified());
+    QVERIFY(recovered.Editor()->SaveChanges(false));
+    QCOMPARE(files(killed_dir), expected);
+    QVERIFY(zephyr::editor::PopupControlEdit::FindUnsavedEdits().empty());
+  }
 };
 
-QTEST_MAIN(ZpopupEditTest)
+int main(int argc, char** argv) {
+  QApplication app(argc, argv);
+  QApplication::setOrganizationName("ZephyrPopupTest");
+  QApplication::setApplicationName("zpopup-edit-test");
+  if (qEnvironmentVariableIsSet(kEditAndWait)) return EditAndWait(qEnvironmentVariable(kEditAndWait));
+  ZpopupEditTest test;
+  return QTest::qExec(&test, argc, argv);
+}
 #include "zpopup_edit_test.moc"

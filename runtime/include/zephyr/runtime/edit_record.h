@@ -28,6 +28,8 @@ class EditRecord {
   void Inserted(PopupClass& popup, const std::shared_ptr<PopupItem>& item);
   // The whole popup as it is now: title, levels, fields and items.
   void Whole(PopupClass& popup);
+  // The edits of another record, after these.
+  void Append(const EditRecord& other) { bytes_ += other.bytes_; }
 
   const std::string& Bytes() const { return bytes_; }
   bool Empty() const { return bytes_.empty(); }

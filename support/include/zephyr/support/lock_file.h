@@ -62,6 +62,8 @@ class LockFile {
   bool Held() const { return !path_.empty(); }
   // The lock file's path; empty when none is held.
   const std::string& Path() const { return path_; }
+  // True when this is the held lock of the template, however it is named.
+  bool IsFor(const std::string& template_path) const;
   // Removes the lock now (see the destructor).
   void Release();
 
