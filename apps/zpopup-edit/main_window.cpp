@@ -50,10 +50,12 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
   recent_menu_ = file->addMenu(tr("Open &Recent"));
   recent_menu_->setObjectName(QStringLiteral("menuRecent"));
   file->addSeparator();
-  file->addAction(tr("&Save"), QKeySequence::Save, this, [this]() { Save(false); });
+  changing_actions_ << file->addAction(tr("&Save"), QKeySequence::Save, this,
+                                      [this]() { Save(false); });
   file->addAction(tr("Save &As..."), QKeySequence::SaveAs, this, [this]() { Save(true); });
   file->addSeparator();
-  file->addAction(tr("&Import Workbook..."), this, [this]() { editor_->ImportWorkbook(); });
+  changing_actions_ << file->addAction(tr("&Import Workbook..."), this,
+                                      [this]() { editor_->ImportWorkbook(); });
   file->addAction(tr("E&xport Workbook..."), this, [this]() {
     std::string written = editor_->ExportWorkbook();
     if (!written.empty()) Status(tr("Exported to %1").arg(ToQString(written)));
@@ -69,10 +71,12 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
   edit->setObjectName(QStringLiteral("menuEdit"));
   AddUndoActions(edit);
   edit->addSeparator();
-  edit->addAction(tr("Add &Child"), QKeySequence(tr("Ctrl+Shift+N")), this,
-                  [this]() { RunEditorCommand(&editor::PopupControlEdit::AddChild); });
-  edit->addAction(tr("Add &Sibling"), QKeySequence(tr("Ctrl+Shift+B")), this,
-                  [this]() { RunEditorCommand(&editor::PopupControlEdit::AddSibling); });
+  changing_actions_ << edit->addAction(
+      tr("Add &Child"), QKeySequence(tr("Ctrl+Shift+N")), this,
+      [this]() { RunEditorCommand(&editor::PopupControlEdit::AddChild); });
+  changing_actions_ << edit->addAction(
+      tr("Add &Sibling"), QKeySequence(tr("Ctrl+Shift+B")), this,
+      [this]() { RunEditorCommand(&editor::PopupControlEdit::AddSibling); });
   edit->addSeparator();
   // The outline and the editor take these keys themselves, where they mean
   // the item and not the text of a box: the menu shows them without taking them.
@@ -81,10 +85,11 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
     const char* text;
     const char* keys;
     Command run;
+    bool changes = true;  // the popup: none of them while it is open read-only
   };
   const ItemCommand item_commands[] = {
       {QT_TR_NOOP("Cu&t Item"), "Ctrl+X", &editor::PopupControlEdit::CutCurrentItem},
-      {QT_TR_NOOP("&Copy Item"), "Ctrl+C", &editor::PopupControlEdit::CopyCurrentItem},
+      {QT_TR_NOOP("&Copy Item"), "Ctrl+C", &editor::PopupControlEdit::CopyCurrentItem, false},
       {QT_TR_NOOP("&Paste"), "Ctrl+V", &editor::PopupControlEdit::PasteItem},
       {QT_TR_NOOP("&Delete"), "Del", &editor::PopupControlEdit::DeleteCurrentItem},
       {QT_TR_NOOP("Move &Up"), "Alt+Shift+Up", &editor::PopupControlEdit::MoveItemUp},
@@ -92,15 +97,17 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
       {QT_TR_NOOP("&Indent"), "Alt+Shift+Right", &editor::PopupControlEdit::IndentItem},
       {QT_TR_NOOP("&Outdent"), "Alt+Shift+Left", &editor::PopupControlEdit::OutdentItem},
       {nullptr, nullptr, nullptr},
-      {QT_TR_NOOP("&Find"), "Ctrl+F", &editor::PopupControlEdit::FocusFind},
+      {QT_TR_NOOP("&Find"), "Ctrl+F", &editor::PopupControlEdit::FocusFind, false},
   };
   for (const ItemCommand& command : item_commands) {
     if (!command.text) {
       edit->addSeparator();
       continue;
     }
-    edit->addAction(tr(command.text) + QLatin1Char('\t') + QLatin1String(command.keys), this,
-                    [this, run = command.run]() { (editor_->*run)(); });
+    QAction* action =
+        edit->addAction(tr(command.text) + QLatin1Char('\t') + QLatin1String(command.keys), this,
+                        [this, run = command.run]() { (editor_->*run)(); });
+    if (command.changes) changing_actions_ << action;
   }
   QMenu* view = menuBar()->addMenu(tr("&View"));
   view->addAction(tr("&Design"), QKeySequence(tr("Ctrl+1")), this,
@@ -122,7 +129,10 @@ MainWindow::MainWindow() : editor_(new editor::PopupControlEdit(this)) {
   // Edits made here survive a crash; the next start offers them back.
   editor_->KeepUnsavedEdits(true);
   connect(editor_, &editor::PopupControlEdit::modifiedChanged, this, [this]() { UpdateTitle(); });
-  connect(editor_, &editor::PopupControlEdit::readOnlyChanged, this, [this]() { UpdateTitle(); });
+  connect(editor_, &editor::PopupControlEdit::readOnlyChanged, this, [this](bool read_only) {
+    for (QAction* action : changing_actions_) action->setEnabled(!read_only);
+    UpdateTitle();
+  });
   connect(editor_, &editor::PopupControlEdit::changedOnDiskChanged, this, [this](bool changed) {
     changed_on_disk_ = changed;
     UpdateTitle();
@@ -164,9 +174,15 @@ bool MainWindow::OfferRecovery() {
     QMessageBox box(QMessageBox::Question, tr("Recover Unsaved Changes"),
                     tr("Recover unsaved changes to %1 from %2?").arg(name, ToQString(edits.time)),
                     QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, this);
-    box.button(QMessageBox::Yes)->setText(tr("Recover"));
-    box.button(QMessageBox::No)->setText(tr("Discard"));
-    box.button(QMessageBox::Cancel)->setText(tr("Not Now"));
+    // Buttons named for what they do; the style's yes/no icons would mislead.
+    const std::pair<QMessageBox::StandardButton, QString> names[] = {
+        {QMessageBox::Yes, tr("Recover")},
+        {QMessageBox::No, tr("Discard")},
+        {QMessageBox::Cancel, tr("Not Now")}};
+    for (const auto& [button, text] : names) {
+      box.button(button)->setText(text);
+      box.button(button)->setIcon(QIcon());
+    }
     box.setDefaultButton(QMessageBox::Yes);
     int answer = box.exec();
     if (answer == QMessageBox::No) {

@@ -62,6 +62,8 @@ class MainWindow : public QMainWindow {
   QStringList recent_;
   // Another program saved the popup while there was unsaved work here.
   bool changed_on_disk_ = false;
+  // What changes the popup, disabled while it is open read-only.
+  QList<QAction*> changing_actions_;
   bool batch_ = false;
 };
 

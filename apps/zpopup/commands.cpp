@@ -314,10 +314,12 @@ const std::vector<Command>& Commands() {
        "Prints the popup as UTF-8 JSON: title, levels, fields (name, length) and\n"
        "the item tree (key, level, values, children), keys and values as loaded.\n",
        Dump},
-      {"info", "title, levels, fields, item count and depth",
+      {"info", "title, levels, fields, item count, depth and who has it open",
        "usage: zpopup info POPUP\n\n"
        "Prints the title, the question levels, the fields with their lengths, the\n"
-       "number of items and the depth of the tree.\n",
+       "number of items and the depth of the tree; and, while an editor has the\n"
+       "popup open, who and since when (\"In use: Opened by USER on HOST since\n"
+       "TIME\").\n",
        Info},
       {"check", "structural problems of the data table",
        "usage: zpopup check POPUP\n\n"

@@ -42,6 +42,10 @@ Items: 0
 Depth: 0'
 check "info by base name" "$expected_info" "$("$zpopup" info "$work/Shop")"
 check "info by a path in another case" "$expected_info" "$("$zpopup" info "$work/Shop.zpt")"
+printf 'Ann Other,ann,desk-7,01.02.2026 10:00,zpopup-edit:7;\n' > "$work/.~lock.Shop.ZPT#"
+check "info names who has it open" "In use: Opened by Ann Other on desk-7 since 01.02.2026 10:00" \
+  "$("$zpopup" info "$work/Shop" | tail -n 1)"
+rm "$work/.~lock.Shop.ZPT#"
 
 # The bundled example: show, info, dump and check agree.
 show=$("$zpopup" show "$examples/Products")
