@@ -160,6 +160,12 @@ TEST_F(ExcelImportTest, KeyRulesNameTheDataRowThatBreaksThem) {
                     "Column after the Level Columns.  Please refer to ZephyrPopup Excel Import "
                     "Rules in Help.  ",
                     "Missing Data Column");
+  // A code of 00 is no code: found when the tree is built, after the structure question.
+  messages_.shown.clear();
+  messages_.answers = {MessageAnswer::kNo};
+  EXPECT_EQ(ImportCsv("Key,L1,L2,F\n0100,a,b,x\n"), ImportOutcome::kRuleFailed);
+  EXPECT_EQ(messages_.shown.back().prompt,
+            "Invalid Key! Please check that your keys conform to Zephyr 5.0 Popup Key Standards");
   EXPECT_FALSE(std::filesystem::exists(dir_.File("P.ZPD")));  // nothing was saved
 }
 
