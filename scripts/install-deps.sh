@@ -8,8 +8,8 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libdbus-1-dev dbus-daemon dbus-bin
   clang libclang-rt-14-dev
-  python3 python3-dbfread libshp-dev
-  libzip-dev libexpat1-dev libxlsxwriter-dev python3-openpyxl
+  python3 libshp-dev
+  libzip-dev libexpat1-dev libxlsxwriter-dev
   # The editor: Qt 6 (Qt's CMake package looks for OpenGL), the platform
   # plugins, Designer's library for the widget's Designer plugin (its CMake
   # package needs Qt6OpenGL's, which qt6-tools-dev does not pull in), a font

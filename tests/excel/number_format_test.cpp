@@ -47,6 +47,7 @@ TEST(NumberFormatTest, ShowsValuesAsTheCodeSays) {
       {nullptr, 2, 3, "3.00"},
       // Thousands separators and scaling.
       {"#,##0", 0, 1000, "1,000"},
+      {"#,##0", 0, 123456, "123,456"},  // no separator before the first group
       {"#,##0.00", 0, 1234567.891, "1,234,567.89"},
       {"#,##0,", 0, 1234567, "1,235"},
       // Percentages multiply by a hundred.

@@ -1,32 +1,13 @@
 #include "workbook_test_util.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 #include <zip.h>
 
-#include <cstdlib>
 #include <memory>
 
 #include "helpers/temp_dir.h"
 
 namespace zephyr::testing {
-
-std::string PythonInterpreter() {
-  // The Debian interpreter comes first: a python3 earlier on PATH (a
-  // version manager's) may lack the Debian modules.
-  if (::access("/usr/bin/python3", X_OK) == 0) return "/usr/bin/python3";
-  if (std::system("command -v python3 > /dev/null 2>&1") == 0) return "python3";
-  return "";
-}
-
-bool RunPython(const std::string& folder, const std::string& script) {
-  WriteBytes(folder + "/make_fixture.py", script);
-  std::string command =
-      "cd '" + folder + "' && " + PythonInterpreter() + " make_fixture.py > python.log 2>&1";
-  bool ok = std::system(command.c_str()) == 0;
-  if (!ok) ADD_FAILURE() << "python failed:\n" << ReadBytes(folder + "/python.log");
-  return ok;
-}
 
 std::string MakeZip(const ZipEntries& entries) {
   TempDir dir;

@@ -1,5 +1,5 @@
-// Helpers of the workbook reader tests: running fixture writers, building
-// archives part by part, and reading rows back as texts.
+// Helpers of the workbook reader tests: building archives part by part and
+// reading rows back as texts.
 #ifndef ZEPHYR_TESTS_EXCEL_WORKBOOK_TEST_UTIL_H_
 #define ZEPHYR_TESTS_EXCEL_WORKBOOK_TEST_UTIL_H_
 
@@ -10,13 +10,6 @@
 #include "zephyr/excel/workbook.h"
 
 namespace zephyr::testing {
-
-// The Python interpreter that has the Debian spreadsheet modules, or empty
-// text when there is no python3 at all.
-std::string PythonInterpreter();
-
-// Runs a Python script with `folder` as the working folder; true on success.
-bool RunPython(const std::string& folder, const std::string& script);
 
 // Parts of an archive: entry name, content.
 using ZipEntries = std::vector<std::pair<std::string, std::string>>;

@@ -29,71 +29,6 @@ std::string SheetXml(const std::string& rows) {
          rows + "</sheetData></worksheet>";
 }
 
-class PythonWriterTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    if (testing::PythonInterpreter().empty()) GTEST_SKIP() << "python3 is not installed";
-  }
-  testing::TempDir dir_;
-};
-
-// openpyxl: absolute relationship targets, inline strings, activeTab, and a
-// chart sheet among the worksheets.
-TEST_F(PythonWriterTest, ReadsOpenpyxlWorkbooks) {
-  ASSERT_TRUE(testing::RunPython(dir_.Path(), R"py(
-import datetime, openpyxl
-wb = openpyxl.Workbook()
-intro = wb.active
-intro.title = "Intro"
-intro["A1"] = "intro"
-ws = wb.create_sheet("Items")
-ws.append(["Key", "Name", "Price", "Flag"])
-ws.append([101, "Apple", 1.5, True])
-ws.append([102, "Pear", 3, False])
-ws.append([103, "Hidden", 4])
-ws.append([104, "#N/A", "#DIV/0!", "=1/0"])
-ws.append([5, 123, 0.25, datetime.date(2023, 3, 15)])
-ws["F7"] = "far"
-for row in range(2, 6):
-    ws.cell(row, 1).number_format = "0000"
-ws["A6"].number_format = "00"
-ws["B6"].number_format = "000000"
-ws["C6"].number_format = "0%"
-ws.row_dimensions[4].hidden = True
-wb.create_chartsheet("Chart")
-wb.active = 1
-wb.save("openpyxl.xlsx")
-)py"));
-  auto workbook = OpenWorkbook(dir_.File("openpyxl.xlsx"));
-  ASSERT_EQ(workbook->Sheets().size(), 3u);
-  EXPECT_TRUE(workbook->Sheets()[1].is_worksheet);
-  EXPECT_FALSE(workbook->Sheets()[2].is_worksheet);
-  EXPECT_EQ(workbook->ActiveSheet(), 1u);
-
-  Sheet sheet = workbook->ReadSheet(1);
-  ASSERT_EQ(sheet.rows.size(), 7u);
-  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"Key", "Name", "Price", "Flag"}));
-  EXPECT_EQ(RowTexts(sheet, 1), (Texts{"0101", "Apple", "1.5", "TRUE"}));
-  EXPECT_EQ(RowTexts(sheet, 2), (Texts{"0102", "Pear", "3", "FALSE"}));
-  EXPECT_EQ(RowTexts(sheet, 4), (Texts{"0104", "#N/A", "#DIV/0!"}));  // no cached result
-  EXPECT_EQ(RowTexts(sheet, 5), (Texts{"05", "000123", "25%", "2023-03-15"}));
-  EXPECT_EQ(RowTexts(sheet, 6), (Texts{"", "", "", "", "", "far"}));
-  EXPECT_EQ(KindAt(sheet, 1, 0), CellKind::kNumber);
-  EXPECT_EQ(KindAt(sheet, 1, 3), CellKind::kBoolean);
-  EXPECT_EQ(KindAt(sheet, 4, 1), CellKind::kError);
-  EXPECT_EQ(KindAt(sheet, 4, 3), CellKind::kEmpty);
-  for (size_t row = 0; row < sheet.rows.size(); ++row) {
-    EXPECT_EQ(sheet.rows[row].hidden, row == 3) << "row " << row + 1;
-  }
-  try {
-    workbook->ReadSheet(2);
-    FAIL() << "a chart sheet was read";
-  } catch (const WorkbookError& error) {
-    EXPECT_EQ(error.kind(), WorkbookError::Kind::kNotWorksheet);
-    EXPECT_EQ(error.path(), dir_.File("openpyxl.xlsx"));
-  }
-}
-
 // Saved by LibreOffice: hidden="true", cached errors, shared strings.
 TEST(LibreOfficeXlsxTest, ReadsTheCommittedFixture) {
   auto workbook = OpenWorkbook(ZEPHYR_EXCEL_FIXTURES "/libreoffice.xlsx");
@@ -172,15 +107,18 @@ TEST(XlsxPartsTest, NumberFormatsComeFromCellStyles) {
   EXPECT_EQ(RowTexts(sheet, 0), (Texts{"101", "0101", "1.50", "42", "2023-03-15", "#07", "8"}));
 }
 
-// Two sheets, one with an absolute and one with a "../" target. The active
-// tab decides which is active; without one, or with one past the last sheet,
-// the selected tab does.
+// Two worksheets, one with an absolute and one with a "../" target, and a
+// chart sheet, which is listed but cannot be read. The active tab decides
+// which is active; without one, or with one past the last sheet, the
+// selected tab does.
 TEST(XlsxPartsTest, RelationshipTargetsAndTheActiveSheet) {
   std::string rels =
       std::string("<Relationships>") + "<Relationship Id=\"a\" Type=\"" + kRelationshipsNs +
       "/worksheet\" Target=\"/xl/worksheets/one.xml\"/>"
       "<Relationship Id=\"b\" Type=\"" +
-      kRelationshipsNs + "/worksheet\" Target=\"../xl/./worksheets/two.xml\"/></Relationships>";
+      kRelationshipsNs + "/worksheet\" Target=\"../xl/./worksheets/two.xml\"/>"
+      "<Relationship Id=\"c\" Type=\"" +
+      kRelationshipsNs + "/chartsheet\" Target=\"chartsheets/sheet1.xml\"/></Relationships>";
   auto book = [&](const std::string& views) {
     return testing::MakeZip({
         {"_rels/.rels", std::string("<Relationships><Relationship Id=\"r\" Type=\"") +
@@ -188,7 +126,8 @@ TEST(XlsxPartsTest, RelationshipTargetsAndTheActiveSheet) {
                             "/officeDocument\" Target=\"xl/workbook.xml\"/></Relationships>"},
         {"xl/workbook.xml", "<x:workbook xmlns:x=\"s\" xmlns:r=\"r\">" + views +
                                 "<x:sheets><x:sheet name=\"One\" r:id=\"a\"/>"
-                                "<x:sheet name=\"Two\" r:id=\"b\"/></x:sheets></x:workbook>"},
+                                "<x:sheet name=\"Two\" r:id=\"b\"/><x:sheet name=\"Chart\" "
+                                "r:id=\"c\"/></x:sheets></x:workbook>"},
         {"xl/_rels/workbook.xml.rels", rels},
         {"xl/worksheets/one.xml", SheetXml("<row><c><v>1</v></c></row>")},
         {"xl/worksheets/two.xml",
@@ -198,17 +137,26 @@ TEST(XlsxPartsTest, RelationshipTargetsAndTheActiveSheet) {
     });
   };
   const std::pair<const char*, size_t> cases[] = {
-      {"", 1}, {"0", 0}, {"2", 1}, {"-1", 1}, {"99999999999999999999", 1}};
+      {"", 1}, {"0", 0}, {"3", 1}, {"-1", 1}, {"99999999999999999999", 1}};
   for (const auto& [tab, active] : cases) {
     SCOPED_TRACE(tab);
     std::string views = *tab ? std::string("<x:bookViews><x:workbookView activeTab=\"") + tab +
                                    "\"/></x:bookViews>"
                               : "";
     auto workbook = OpenWorkbookBytes(book(views), WorkbookFormat::kXlsx, "book.xlsx");
-    ASSERT_EQ(workbook->Sheets().size(), 2u);
+    ASSERT_EQ(workbook->Sheets().size(), 3u);
     EXPECT_EQ(workbook->ActiveSheet(), active);
     EXPECT_EQ(RowTexts(workbook->ReadSheet(0), 0), (Texts{"1"}));
     EXPECT_EQ(RowTexts(workbook->ReadSheet(1), 0), (Texts{"2"}));
+    EXPECT_TRUE(workbook->Sheets()[1].is_worksheet);
+    EXPECT_FALSE(workbook->Sheets()[2].is_worksheet);
+    try {
+      workbook->ReadSheet(2);
+      ADD_FAILURE() << "a chart sheet was read";
+    } catch (const WorkbookError& error) {
+      EXPECT_EQ(error.kind(), WorkbookError::Kind::kNotWorksheet);
+      EXPECT_EQ(error.path(), "book.xlsx");
+    }
   }
 }
 

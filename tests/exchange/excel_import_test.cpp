@@ -160,6 +160,12 @@ TEST_F(ExcelImportTest, KeyRulesNameTheDataRowThatBreaksThem) {
                     "Column after the Level Columns.  Please refer to ZephyrPopup Excel Import "
                     "Rules in Help.  ",
                     "Missing Data Column");
+  // A code of 00 is no code: found when the tree is built, after the structure question.
+  messages_.shown.clear();
+  messages_.answers = {MessageAnswer::kNo};
+  EXPECT_EQ(ImportCsv("Key,L1,L2,F\n0100,a,b,x\n"), ImportOutcome::kRuleFailed);
+  EXPECT_EQ(messages_.shown.back().prompt,
+            "Invalid Key! Please check that your keys conform to Zephyr 5.0 Popup Key Standards");
   EXPECT_FALSE(std::filesystem::exists(dir_.File("P.ZPD")));  // nothing was saved
 }
 
@@ -217,15 +223,12 @@ TEST_F(ExcelImportTest, GeneratedKeysLeaveRoomBetweenSiblingsInOrderOfFirstAppea
   EXPECT_EQ(keys[13], "  20=Small");
   EXPECT_EQ(keys[14], "2008=only");
 
-  // Sibling counts that divide 100 still end on a two-digit code.
-  for (auto [count, last] : std::vector<std::pair<int, std::string>>{
-           {10, "1090"}, {20, "1080"}, {25, "1075"}, {50, "1050"}}) {
-    std::string many = ",Group,Item,Note\n";
-    for (int i = 1; i <= count; ++i) many += ",Big," + std::to_string(i) + ",n\n";
-    messages_.answers = {MessageAnswer::kNo};
-    ASSERT_EQ(ImportCsv(many), ImportOutcome::kImported);
-    EXPECT_EQ(KeysInTreeOrder(*popup_->PopupItems()).back(), last + "=" + std::to_string(count));
-  }
+  // A sibling count that divides 100 still ends on a two-digit code.
+  std::string ten = ",Group,Item,Note\n";
+  for (int i = 1; i <= 10; ++i) ten += ",Big," + std::to_string(i) + ",n\n";
+  messages_.answers = {MessageAnswer::kNo};
+  ASSERT_EQ(ImportCsv(ten), ImportOutcome::kImported);
+  EXPECT_EQ(KeysInTreeOrder(*popup_->PopupItems()).back(), "1090=10");
 
   // Rows of one parent are gathered where it first appears.
   messages_.answers = {MessageAnswer::kNo};

@@ -1,8 +1,9 @@
+// Design edits of the runtime. Capturing and restoring a whole design is
+// exercised through the editor's history in tests/editor.
 #include <gtest/gtest.h>
 
 #include "helpers/popup_files.h"
 #include "helpers/temp_dir.h"
-#include "zephyr/runtime/design_state.h"
 #include "zephyr/runtime/popup_class.h"
 
 namespace zephyr {
@@ -85,43 +86,6 @@ TEST(DesignEditsTest, AReplacedDesignIsSavedAndReopened) {
   auto drinks = again.PopupItems()->Item(1);
   EXPECT_EQ(ValuesOf(*drinks), (Texts{"1.5", "Drinks", " "}));  // a blank reads as one blank
   EXPECT_EQ(ValuesOf(*drinks->Children()->Item(1)), (Texts{"2", "Tea", " "}));
-}
-
-
-TEST(DesignStateTest, RestorePutsBackKeysValuesAndRemovedBranchesWithTheirIdentities) {
-  PopupClass popup;
-  popup.ReplaceLevels({{"Group", 1}, {"Item", 2}, {"Size", 3}});
-  popup.ReplaceFields({{"Name", 10, 1, 1}, {"Price", 5, 11, 2}});
-  auto top = popup.AddItem(nullptr, "    01", {"Fruit", "1"});
-  auto apple = popup.AddItem(top, "  0101", {"Apple", "2"});
-  auto large = popup.AddItem(apple, "010101", {"Large", "3"});
-  DesignState before = DesignState::Capture(popup);
-
-  // A design that drops the third level and swaps the two fields.
-  popup.DeleteLevel(3, popup.PopupItems());
-  popup.RemoveLastLevel();
-  FormatKeysToLevels(*popup.PopupItems(), popup.Levels());
-  ReorderValues(*popup.PopupItems(), {2, 1});
-  popup.ReplaceFields({{"Price", 5, 1, 2}, {"Name", 10, 6, 1}});
-  ASSERT_FALSE(apple->HasChildren());
-  const Texts keys_after = KeysDepthFirst(*popup.PopupItems());
-  DesignState after = DesignState::Capture(popup);
-
-  before.Restore(popup);
-  EXPECT_EQ(popup.Levels(), 3);
-  EXPECT_EQ(popup.PopupFields()->Item(1)->FieldLength(), 6);
-  EXPECT_EQ(popup.PopupFields()->Item(2)->Name(), "Name");
-  EXPECT_EQ(KeysDepthFirst(*popup.PopupItems()), (Texts{"    01", "  0101", "010101"}));
-  EXPECT_EQ(apple->Children()->Item("010101"), large);
-  EXPECT_EQ(large->Level(), 3);
-  EXPECT_EQ(ValuesOf(*apple), (Texts{"Apple", "2"}));
-
-  after.Restore(popup);
-  EXPECT_EQ(popup.Levels(), 2);
-  EXPECT_EQ(KeysDepthFirst(*popup.PopupItems()), keys_after);
-  EXPECT_FALSE(apple->HasChildren());
-  EXPECT_EQ(ValuesOf(*top), (Texts{"1", "Fruit"}));
-  EXPECT_EQ(popup.PopupItems()->Item(1), top);
 }
 
 }  // namespace

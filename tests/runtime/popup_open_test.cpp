@@ -128,17 +128,13 @@ TEST_F(PopupOpenTest, AnEmptyOrMissingDataFileGivesNoNewItems) {
   EXPECT_EQ(kept.PopupPath(), dir_.Path() + "/");
 }
 
-TEST_F(PopupOpenTest, FilesAreFoundInEitherCaseAndSourceNamesTheDataFile) {
-  WritePopupFiles(dir_.Path(), "P", kFruit, {{"    01", "From P", ""}}, "P.zpt", "P.zpd");
-  auto popup = Open();
-  EXPECT_EQ(popup->PopupItems()->Count(), 1);
-  EXPECT_EQ(popup->DataFileName(), "P.zpd");
-  EXPECT_EQ(popup->TemplateFileName(), "P.zpt");
-
+// Files in other letter case are popup_save_test.cpp's business.
+TEST_F(PopupOpenTest, SourceNamesTheDataFileButNotTheTemplate) {
+  WritePopupFiles(dir_.Path(), "P", kFruit, {{"    01", "From P", ""}});
   PopupDesign alt = kFruit;
   alt.title = "Alt";
   WritePopupFiles(dir_.Path(), "Alt", alt, {{"    05", "From Alt", ""}});
-  popup = Open("P", "Alt.ZPD");  // the template stays that of the data source
+  auto popup = Open("P", "Alt.ZPD");
   EXPECT_EQ(popup->Title(), "Fruit and Veg");
   EXPECT_EQ(popup->PopupItems()->Item(1)->PopupKey(), "    05");
   EXPECT_EQ(popup->DataFileName(), "Alt.ZPD");

@@ -1,28 +1,12 @@
+// Item edits of the runtime. AddItem's links and its refusal of a taken key
+// are exercised through the editor's add commands in tests/editor.
 #include <gtest/gtest.h>
 
 #include "helpers/error_number.h"
-#include "item_access.h"
 #include "zephyr/runtime/popup_class.h"
 
 namespace zephyr {
 namespace {
-
-TEST(TreeEditsTest, AddItemLinksTheItemAndRefusesADuplicateKey) {
-  PopupClass popup;
-  auto top = popup.AddItem(nullptr, "  01", {"Drinks"});
-  auto tea = popup.AddItem(top, "0101", {"Tea"});
-  EXPECT_EQ(popup.PopupItems()->Item("  01"), top);
-  EXPECT_EQ(top->Level(), 1);
-  EXPECT_EQ(top->Parent(), nullptr);
-  EXPECT_EQ(tea->Level(), 2);
-  EXPECT_EQ(tea->Parent(), top);
-  EXPECT_EQ(ItemAccess::LoadedKey(*tea), "0101");
-  EXPECT_EQ(popup.SiblingsOf(*top), popup.PopupItems());
-  EXPECT_EQ(popup.SiblingsOf(*tea), top->Children());
-
-  EXPECT_EQ(testing::ErrorNumberOf([&] { popup.AddItem(top, "0101", {"Again"}); }), 457);
-  EXPECT_EQ(top->Children()->Count(), 1);
-}
 
 TEST(TreeEditsTest, RemoveItemFreesTheBranch) {
   PopupClass popup;

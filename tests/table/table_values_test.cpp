@@ -34,6 +34,9 @@ int32_t SortError(Variant values, int32_t column) {
     table.SortTableValues(values, column, false);
   } catch (const AutomationError& error) {
     EXPECT_EQ(error.Source(), "dBase Class");
+    if (error.Number() == kObjectErrorBase + 516) {
+      EXPECT_EQ(error.Description(), "Array has no columns");
+    }
     return error.Number() - kObjectErrorBase;
   }
   return 0;
@@ -134,14 +137,6 @@ TEST(SortTableValuesTest, ChecksInOrder) {
   EXPECT_EQ(SortError(Variant(VariantArray({1, 2}, {1, 2})), 0), 520);
   EXPECT_EQ(SortError(Variant(VariantArray({1, 2}, {1, 2})), 3), 520);
   EXPECT_EQ(SortError(Variant(VariantArray({0, 2}, {1, 2})), 9), 518);  // base before column
-
-  dBase table;
-  Variant values("x");
-  try {
-    table.SortTableValues(values, 1, false);
-  } catch (const AutomationError& error) {
-    EXPECT_EQ(error.Description(), "Array has no columns");
-  }
 }
 
 // Row order against the literal sort is ShellOrderTest's business; these are
