@@ -12,7 +12,7 @@
 #include <map>
 #include <string>
 
-#include "helpers/literal_scans.h"
+#include "literal_scans.h"
 #ifdef ZEPHYR_WITH_CALC
 #include "helpers/headless_office.h"
 #include "zephyr/excel/running_calc.h"
@@ -92,8 +92,8 @@ void BM_LiteralSheetChecks(benchmark::State& state) {
   auto book = excel::OpenWorkbook(MakeSheet(static_cast<int>(state.range(0))));
   excel::ExcelArray array = ToArray(book->ReadSheet(book->ActiveSheet()));
   for (auto _ : state) {
-    benchmark::DoNotOptimize(testing::LiteralRepeatedKey(array));
-    benchmark::DoNotOptimize(testing::LiteralIdenticalRows(array));
+    benchmark::DoNotOptimize(LiteralRepeatedKey(array));
+    benchmark::DoNotOptimize(LiteralIdenticalRows(array));
   }
 }
 

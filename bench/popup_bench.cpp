@@ -25,7 +25,7 @@
 #include <string>
 #include <vector>
 
-#include "helpers/literal_loader.h"
+#include "literal_loader.h"
 #include "minimal_dbf.h"
 #include "zephyr/runtime/popup_class.h"
 #include "zephyr/runtime/popup_key.h"
@@ -216,8 +216,8 @@ void BM_LiteralQuadraticLoad(benchmark::State& state) {
       sorted.At(column, row) = popup->Values(column, row);
   }
   for (auto _ : state) {
-    testing::LiteralLoader literal(&sorted, 4, {"A", "B", "C", "D"});
-    std::vector<testing::Node> top;
+    LiteralLoader literal(&sorted, 4, {"A", "B", "C", "D"});
+    std::vector<Node> top;
     literal.LoadTopLevel(top);
     benchmark::DoNotOptimize(top.size());
   }

@@ -27,8 +27,7 @@ TEST(PopupKeyTest, StoredAndCompactFormsOfKeys) {
   }
 }
 
-// Which rows match a pattern is compared with the literal loader's matching
-// on random tables in tree_loader_equivalence_test.cpp.
+// Which rows a pattern matches shows in the trees of popup_open_test.cpp.
 TEST(PopupKeyTest, ChildPatternsKeepTheParentsPathAndLeaveTheOwnCodeOpen) {
   EXPECT_EQ(ChildPattern("", 1), "*");  // every row is a top-level item
   EXPECT_EQ(ChildPattern("", 3), "    *");

@@ -1,9 +1,9 @@
 // The original tree-loading algorithm, written out literally as the
-// reference the real loader is compared with (tests) and measured against
-// (benchmarks): every item scans the whole sorted table for the rows that
-// match its child pattern, so loading is quadratic in the number of rows.
-#ifndef ZEPHYR_TESTS_HELPERS_LITERAL_LOADER_H_
-#define ZEPHYR_TESTS_HELPERS_LITERAL_LOADER_H_
+// baseline the real loader is measured against: every item scans the whole
+// sorted table for the rows that match its child pattern, so loading is
+// quadratic in the number of rows.
+#ifndef ZEPHYR_BENCH_LITERAL_LOADER_H_
+#define ZEPHYR_BENCH_LITERAL_LOADER_H_
 
 #include <cmath>
 #include <string>
@@ -11,7 +11,7 @@
 
 #include "zephyr/support/variant.h"
 
-namespace zephyr::testing {
+namespace zephyr::bench {
 
 struct Node {
   std::string key;
@@ -112,6 +112,6 @@ class LiteralLoader {
   std::vector<std::string> questions_;
 };
 
-}  // namespace zephyr::testing
+}  // namespace zephyr::bench
 
-#endif  // ZEPHYR_TESTS_HELPERS_LITERAL_LOADER_H_
+#endif  // ZEPHYR_BENCH_LITERAL_LOADER_H_

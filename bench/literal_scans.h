@@ -1,15 +1,14 @@
 // The import's two uniqueness rules as first written: every row compared
-// with every other row. The reference the hashing scans are checked against
-// (tests) and measured against (benchmarks).
-#ifndef ZEPHYR_TESTS_HELPERS_LITERAL_SCANS_H_
-#define ZEPHYR_TESTS_HELPERS_LITERAL_SCANS_H_
+// with every other row. The baseline the hashing scans are measured against.
+#ifndef ZEPHYR_BENCH_LITERAL_SCANS_H_
+#define ZEPHYR_BENCH_LITERAL_SCANS_H_
 
 #include <optional>
 #include <utility>
 
 #include "zephyr/excel/excel_array.h"
 
-namespace zephyr::testing {
+namespace zephyr::bench {
 
 inline std::optional<int32_t> LiteralRepeatedKey(const excel::ExcelArray& sheet) {
   for (int32_t row = 2; row <= sheet.RowCount(); ++row) {
@@ -34,6 +33,6 @@ inline std::optional<std::pair<int32_t, int32_t>> LiteralIdenticalRows(
   return std::nullopt;
 }
 
-}  // namespace zephyr::testing
+}  // namespace zephyr::bench
 
-#endif  // ZEPHYR_TESTS_HELPERS_LITERAL_SCANS_H_
+#endif  // ZEPHYR_BENCH_LITERAL_SCANS_H_
