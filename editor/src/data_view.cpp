@@ -157,6 +157,9 @@ void DataView::Connect() {
   DataGrid_->setItemDelegate(delegate);
   DataGrid_->installEventFilter(this);
   txtFind_->installEventFilter(this);
+  // The step is checked when the focus leaves the box.
+  cboStep_->installEventFilter(this);
+  cboStep_->lineEdit()->installEventFilter(this);
 }
 
 void DataView::LoadDataGrid() {

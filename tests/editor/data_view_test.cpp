@@ -162,6 +162,53 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     QCOMPARE(editor->Popup()->PopupItems()->Count(), 1);
   }
 
+  // Deleting an item leaves the row above it current, ready for the next
+  // key; so does doing the deletion again.
+  void deletingLeavesTheRowAboveCurrentAndSoDoesItsRedo() {
+    Open();
+    Grid()->setCurrentIndex(Row({"10", "20"}));  // Pears, under Apples
+    messages->answers = {MessageAnswer::kYes};
+    QTest::keyClick(Grid(), Qt::Key_Delete);
+    QCOMPARE(Grid()->currentIndex().siblingAtColumn(0), Row({"10", "10"}));
+    QVERIFY(Child<QPushButton>("cmdDelete")->isEnabled());
+    editor->undo();
+    editor->redo();
+    QCOMPARE(Grid()->currentIndex().siblingAtColumn(0), Row({"10", "10"}));
+  }
+
+  // The key step takes whole numbers from 1 to 99; anything else is told, and
+  // the box keeps the focus.
+  void theKeyStepTakesOneTo99() {
+    Open();
+    auto* step = Child<QComboBox>("cboStep");
+    const std::string refused = "Invalid Key Step. Must be Numeric value between 1 and 99";
+    for (const char* text : {"100", "0", "ab", "99", "1"}) {
+      const size_t told = messages->shown.size();
+      step->setFocus();
+      step->setEditText(QString::fromLatin1(text));
+      Grid()->setFocus();
+      const bool allowed = std::string(text) == "99" || std::string(text) == "1";
+      QCOMPARE(messages->shown.size() > told, !allowed);
+      if (!allowed) {
+        QCOMPARE(messages->shown.back().prompt, refused);
+        QVERIFY2(step->hasFocus(), text);
+      }
+    }
+  }
+
+  // The one add that marks the popup changed is one the user cancelled: no
+  // code was free at the step, and the key prompt was closed.
+  void aCancelledAddMarksThePopupChanged() {
+    Open();
+    QVERIFY(!editor->DataChanged());
+    Child<QComboBox>("cboStep")->setEditText("90");  // after 20 comes no code below 100
+    Grid()->setCurrentIndex(Row({"10"}));
+    QTest::keyClick(Grid(), Qt::Key_F2);  // a child of Fruit; the prompt is cancelled
+    QCOMPARE(keys->asked, 1);
+    QCOMPARE(editor->Popup()->PopupItems()->Item(Variant(std::string("  10")))->Children()->Count(), 2);
+    QVERIFY(editor->DataChanged());
+  }
+
   void fKeysWalkUpToTheirLevel() {
     Open();
     Grid()->setCurrentIndex(Row({"20", "10"}));
