@@ -125,8 +125,8 @@ int main(int argc, char** argv) {
 
   QCommandLineParser parser;
   parser.setApplicationDescription(QStringLiteral("Edits a popup: its design and its items."));
-  parser.addHelpOption();
-  parser.addVersionOption();
+  const QCommandLineOption help = parser.addHelpOption();
+  const QCommandLineOption version = parser.addVersionOption();
   QCommandLineOption screenshot(QStringLiteral("screenshot"),
                                 QStringLiteral("Render the window to a PNG file and exit."),
                                 QStringLiteral("OUT.png"));
@@ -162,7 +162,13 @@ int main(int argc, char** argv) {
   parser.addPositionalArgument(
       QStringLiteral("POPUP"),
       QStringLiteral("The popup: folder and base name, or its .ZPT file."));
-  parser.process(app);
+  // A usage error exits 2, as zpopup's do.
+  if (!parser.parse(QApplication::arguments())) {
+    std::fprintf(stderr, "zpopup-edit: %s\n", qPrintable(parser.errorText()));
+    return 2;
+  }
+  if (parser.isSet(help)) parser.showHelp(0);
+  if (parser.isSet(version)) parser.showVersion();
   const QStringList popups = parser.positionalArguments();
   if (popups.size() > 1) {
     std::fprintf(stderr, "zpopup-edit: give at most one POPUP\n");

@@ -212,6 +212,39 @@ class ZpopupEditTest : public QObject {
     QCOMPARE(window_->Editor()->Popup()->PopupItems()->Count(), 2);
   }
 
+  // The program's options: usage errors exit 2 and say what is wrong; a
+  // picture of a popup that is not there is no picture.
+  void optionsAndExitCodes_data() {
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("said");
+    QTest::newRow("unknown option") << QStringList{"--bogus"} << 2 << "Unknown option 'bogus'";
+    QTest::newRow("value missing") << QStringList{"--view"} << 2 << "Missing value after '--view'";
+    QTest::newRow("view") << QStringList{"--view", "sideways", "Products"} << 2
+                          << "--view takes design or data";
+    QTest::newRow("two popups") << QStringList{"Products", "Other"} << 2
+                                << "give at most one POPUP";
+    QTest::newRow("missing popup") << QStringList{"--screenshot", "shot.png", "Missing"} << 2
+                                   << "no popup 'Missing'";
+    QTest::newRow("version") << QStringList{"--version"} << 0 << "zpopup-edit ";
+    QTest::newRow("picture") << QStringList{"--screenshot", "shot.png", "Products"} << 0 << "";
+  }
+  void optionsAndExitCodes() {
+    QFETCH(QStringList, arguments);
+    QFETCH(int, code);
+    QFETCH(QString, said);
+    QProcess program;
+    program.setWorkingDirectory(QString::fromStdString(dir_->Path()));
+    program.start(QStringLiteral(ZPOPUP_EDIT_PROGRAM), arguments);
+    QVERIFY(program.waitForFinished(30000));
+    QCOMPARE(program.exitCode(), code);
+    QString output = program.readAllStandardOutput() + program.readAllStandardError();
+    QVERIFY2(output.contains(said), qPrintable(output));
+    if (arguments.contains("Products") && code == 0) {
+      QVERIFY(QFile::exists(QString::fromStdString(dir_->File("shot.png"))));
+    }
+  }
+
   // An editor killed with edits unsaved: the next start offers them, and
   // the popup recovered saves exactly what those edits saved would have.
   void aKilledEditorsEditsAreRecoveredAtTheNextStart() {
