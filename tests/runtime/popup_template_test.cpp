@@ -137,25 +137,24 @@ TEST_F(PopupTemplateTest, TextIsStoredInTheCodePage) {
 }
 
 TEST_F(PopupTemplateTest, MalformedTemplatesFailWithTheLineThatFailed) {
-  RuntimeError short_file = LoadFailure("\"T\"\r\n3\r\n2,\"A\"\r\n2,\"B\"\r\n");
-  EXPECT_EQ(short_file.Number(), 9);
-  EXPECT_NE(short_file.Description().find("before line 5"), std::string::npos);
-  EXPECT_NE(short_file.Description().find("P.ZPT"), std::string::npos);
-
-  RuntimeError bad_count = LoadFailure("\"T\"\r\nthree\r\n");
-  EXPECT_EQ(bad_count.Number(), 13);
-  EXPECT_NE(bad_count.Description().find("line 2 of template"), std::string::npos);
-
-  RuntimeError huge_count = LoadFailure("\"T\"\r\n1\r\n2,\"A\"\r\n99999\r\n");
-  EXPECT_EQ(huge_count.Number(), 6);
-  EXPECT_NE(huge_count.Description().find("line 4"), std::string::npos);
-
-  RuntimeError missing_element = LoadFailure("\"T\"\r\n1\r\n\"A\"\r\n0\r\n");
-  EXPECT_EQ(missing_element.Number(), 9);
-  EXPECT_NE(missing_element.Description().find("line 3"), std::string::npos);
-
-  EXPECT_EQ(LoadFailure("").Number(), 9);
-  EXPECT_EQ(LoadFailure("\"T\"\n1\n2,\"A\"\n0\n").Number(), 9);  // lines end in CR LF only
+  const struct {
+    const char* bytes;
+    int number;
+    const char* line;
+  } cases[] = {
+      {"\"T\"\r\n3\r\n2,\"A\"\r\n2,\"B\"\r\n", 9, "before line 5"},
+      {"\"T\"\r\nthree\r\n", 13, "line 2 of template"},
+      {"\"T\"\r\n1\r\n2,\"A\"\r\n99999\r\n", 6, "line 4"},
+      {"\"T\"\r\n1\r\n\"A\"\r\n0\r\n", 9, "line 3"},
+      {"", 9, "line 1"},
+      {"\"T\"\n1\n2,\"A\"\n0\n", 9, "line 2"},  // lines end in CR LF only
+  };
+  for (const auto& c : cases) {
+    RuntimeError error = LoadFailure(c.bytes);
+    EXPECT_EQ(error.Number(), c.number) << c.bytes;
+    EXPECT_NE(error.Description().find(c.line), std::string::npos) << error.Description();
+    EXPECT_NE(error.Description().find("P.ZPT"), std::string::npos) << error.Description();
+  }
 
   PopupClass partial;  // a failed load keeps what was added so far
   LoadFailure("\"T\"\r\n2\r\n2,\"A\"\r\n2,\"B\"\r\n2\r\n5,4,\"F\"\r\n9,x,\"G\"\r\n", &partial);
