@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <functional>
-#include <random>
 #include <sstream>
 
 #include "helpers/popup_files.h"
@@ -70,59 +69,40 @@ TEST(ExcelExportTest, ItemsThatCannotRoundTripAreNamedAndTheRestIsWritten) {
   }
 }
 
-// Text a user might type anywhere: sheet-name and CSV specials, quotes,
-// apostrophes at either end, letters the code page holds, never a blank at
-// either end (cells are read trimmed). A template line splits at commas and
-// holds no double quote or line break, so titles, questions and field names
-// have none of them.
-std::string HostileText(std::mt19937& random, size_t max_length, bool in_template = false) {
-  static const std::vector<std::string> pieces = {
-      "'", "\"", ",", ";", "[", "]", ":", "*", "?", "/", "\\", "<", ">", "&", "=", "#N/A",
-      "\xC3\xA9", "\xC3\x9F", "\xE2\x82\xAC", "x", "Tea", "0", "12", " ", "\n", "-", "%"};
-  std::string text;
-  size_t length = 1 + random() % max_length;  // at least, in bytes
-  while (text.size() < length) {
-    const std::string& piece = pieces[random() % pieces.size()];
-    if (!in_template || piece.find_first_of("\",\n") == std::string::npos) text += piece;
-  }
-  while (!text.empty() && (text.front() == ' ' || text.front() == '\n')) text.erase(0, 1);
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\n')) text.pop_back();
-  return text.empty() ? "'" : text;
-}
-
-// Popups with hostile titles, questions, field names and values export to
-// either format and import back as the same tree.
-TEST(ExcelExportTest, HostilePopupsExportAndImportBack) {
+// Sheet-name, CSV and formula specials, quotes and apostrophes at either
+// end, letters the code page holds, never a blank at either end (cells are
+// read trimmed), export to either format and import back as the same tree.
+// A template line splits at commas and holds no double quote or line break,
+// so the title, questions and field names have none of them.
+TEST(ExcelExportTest, HostileTextExportsAndImportsBack) {
   TempDir dir;
-  std::mt19937 random(20261122);
-  for (int round = 0; round < 24; ++round) {
+  const std::string title = "'[Sheet]: a/b\\c*d?'" + std::string(40, 'T');
+  const char* names[] = {"a,\"b\"\nc", "-5%", "0012", "\xC3\x9F/\xE2\x82\xAC"};
+  const char* notes[] = {"<&>", "'", "x*y?", "=1+2"};
+  for (const std::string extension : {".xlsx", ".csv"}) {
     PopupClass popup;
-    std::string title = HostileText(random, 12, true) + std::string(round % 3 == 0 ? 40 : 0, 'T');
-    if (round % 4 == 2) title = "'" + title + "'";  // written as .xlsx
     popup.Title(title);
-    popup.ReplaceLevels({{Variant(HostileText(random, 4, true)), 1},
-                         {Variant(HostileText(random, 4, true)), 2}});
-    popup.ReplaceFields({{"Name", 120, 0, 1}, {HostileText(random, 3, true), 60, 0, 2}});
-    for (int parent = 1; parent <= 3; ++parent) {
-      std::string code = "0" + std::to_string(parent);
+    popup.ReplaceLevels({{Variant("=Group;"), 1}, {Variant("#N/A \xC3\xA9"), 2}});
+    popup.ReplaceFields({{"Name", 120, 0, 1}, {"'Note'", 60, 0, 2}});
+    for (int parent = 0; parent < 2; ++parent) {
+      std::string code = "0" + std::to_string(parent + 1);
       auto item = popup.AddItem(nullptr, FormatStoredKey(code, 2),
-                                {HostileText(random, 6) + std::to_string(parent), ""});
-      for (int leaf = 1; leaf <= 2; ++leaf) {
-        popup.AddItem(item, code + "0" + std::to_string(leaf),
-                      {HostileText(random, 6), HostileText(random, 8)});
+                                {parent == 0 ? "'=SUM(A1)'" : "#N/A;[x]", ""});
+      for (int leaf = 0; leaf < 2; ++leaf) {
+        popup.AddItem(item, code + "0" + std::to_string(leaf + 1),
+                      {names[2 * parent + leaf], notes[2 * parent + leaf]});
       }
     }
     // Through the popup's own files, as a popup made elsewhere arrives.
     popup.PopupPath(dir.Path());
-    popup.DataSource("Hostile" + std::to_string(round));
+    popup.DataSource("Hostile");
     SavePopupInTreeOrder(popup);
-    auto original = OpenPopup(dir.Path(), "Hostile" + std::to_string(round));
+    auto original = OpenPopup(dir.Path(), "Hostile");
     ASSERT_EQ(original->Title(), title);
 
-    const std::string extension = round % 2 == 0 ? ".xlsx" : ".csv";
-    const std::string path = dir.File("round" + std::to_string(round) + extension);
+    const std::string path = dir.File("hostile" + extension);
     ExportReport report = ExportToWorkbook(*original, path);
-    ASSERT_EQ(report.rows_written, 6) << title;
+    ASSERT_EQ(report.rows_written, 4);
     ASSERT_TRUE(report.cannot_round_trip.empty());
 
     testing::ScriptedMessageBox messages;
@@ -132,14 +112,13 @@ TEST(ExcelExportTest, HostilePopupsExportAndImportBack) {
     ImportUi ui{messages, progress, no_prompt};
     PopupClass copy;
     copy.PopupPath(dir.Path());
-    copy.DataSource("Copy" + std::to_string(round));
+    copy.DataSource("Copy");
     ASSERT_EQ(ImportFromWorkbook(copy, path, ui), ImportOutcome::kImported)
         << path << ": " << (messages.shown.empty() ? "" : messages.shown.back().prompt);
-    auto reread = OpenPopup(dir.Path(), "Copy" + std::to_string(round));
+    auto reread = OpenPopup(dir.Path(), "Copy");
     EXPECT_EQ(Describe(*reread->PopupItems()), Describe(*original->PopupItems())) << path;
-    EXPECT_EQ(reread->PopupLevels()->Item(2)->Question().ToText(),
-              popup.PopupLevels()->Item(2)->Question().ToText());
-    EXPECT_EQ(reread->PopupFields()->Item(3)->Name(), popup.PopupFields()->Item(3)->Name());
+    EXPECT_EQ(reread->PopupLevels()->Item(2)->Question().ToText(), "#N/A \xC3\xA9");
+    EXPECT_EQ(reread->PopupFields()->Item(3)->Name(), "'Note'");
   }
 }
 
