@@ -101,27 +101,24 @@ TEST_F(ExcelImportTest, AKeyedSheetBecomesANewPopupAndIsSaved) {
   EXPECT_EQ(messages_.shown[0].title, "Data Structure Differences Detected");
   EXPECT_EQ(progress_.message, "Copying Data to ZephyrPopup");
 
-  PopupClass saved;
-  saved.PopupPath(dir_.Path());
-  saved.DataSource("P");
-  saved.OpenPopup();
-  EXPECT_EQ(saved.Title(), "sheet");
-  EXPECT_EQ(saved.Levels(), 2);
-  EXPECT_EQ(saved.PopupLevels()->Item(1)->Question().ToText(), "Department");
-  EXPECT_EQ(saved.PopupLevels()->Item(2)->Question().ToText(), "Product");
-  auto fields = saved.PopupFields();
+  auto saved = Reopened();
+  EXPECT_EQ(saved->Title(), "sheet");
+  EXPECT_EQ(saved->Levels(), 2);
+  EXPECT_EQ(saved->PopupLevels()->Item(1)->Question().ToText(), "Department");
+  EXPECT_EQ(saved->PopupLevels()->Item(2)->Question().ToText(), "Product");
+  auto fields = saved->PopupFields();
   ASSERT_EQ(fields->Count(), 4);
   EXPECT_EQ(fields->Item(2)->Name(), "Description");
   EXPECT_EQ(fields->Item(2)->FieldLength(), 7);  // "Carrots"
   EXPECT_EQ(fields->Item(3)->Name(), "Price");
   EXPECT_EQ(fields->Item(4)->FieldLength(), 3);
-  EXPECT_EQ(KeysInTreeOrder(*saved.PopupItems()),
+  EXPECT_EQ(KeysInTreeOrder(*saved->PopupItems()),
             (std::vector<std::string>{"  01=Fruit", "0101=Apples", "0102=Pears", "  02=Veg",
                                       "0201=Carrots"}));
-  auto pears = saved.PopupItems()->Item(1)->Children()->Item(2);
+  auto pears = saved->PopupItems()->Item(1)->Children()->Item(2);
   EXPECT_EQ(pears->PopupValues()->Item(2)->Value(), "1.10");
   EXPECT_EQ(pears->PopupValues()->Item(3)->Value(), "kg");
-  EXPECT_EQ(saved.PopupItems()->Item(1)->PopupValues()->Item(2)->Value(), " ");  // parents: empty
+  EXPECT_EQ(saved->PopupItems()->Item(1)->PopupValues()->Item(2)->Value(), " ");  // parents: empty
 }
 
 TEST_F(ExcelImportTest, KeyRulesNameTheDataRowThatBreaksThem) {

@@ -68,17 +68,12 @@ HeadlessOffice::HeadlessOffice() : pipe_("zephyrtest" + std::to_string(::getpid(
   // An office that makes its profile restarts itself once, which would end
   // the connection half-way: the profile is made first, by an office that
   // ends as soon as it is up.
-  Run({kOffice, "--headless", "--invisible", "--norestore", "--nologo", "--terminate_after_init",
-       "-env:UserInstallation=file://" + profile_.Path() + "/profile"},
-      true);
-  std::vector<std::string> args = {
-      kOffice,
-      "--headless",
-      "--invisible",
-      "--norestore",
-      "--nologo",
-      "-env:UserInstallation=file://" + profile_.Path() + "/profile",
-      "--accept=pipe,name=" + pipe_ + ";urp;StarOffice.ComponentContext"};
+  std::vector<std::string> args = {kOffice, "--headless", "--invisible", "--norestore", "--nologo",
+                                    "-env:UserInstallation=file://" + profile_.Path() + "/profile"};
+  std::vector<std::string> first = args;
+  first.push_back("--terminate_after_init");
+  Run(std::move(first), true);
+  args.push_back("--accept=pipe,name=" + pipe_ + ";urp;StarOffice.ComponentContext");
   process_ = Run(std::move(args), false);
 }
 
