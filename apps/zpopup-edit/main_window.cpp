@@ -171,8 +171,14 @@ bool MainWindow::OpenNamed(const QString& name) {
 bool MainWindow::OfferRecovery() {
   for (const editor::UnsavedEdits& edits : editor::PopupControlEdit::FindUnsavedEdits()) {
     QString name = edits.file.empty() ? tr("a new popup") : ToQString(edits.file);
-    QMessageBox box(QMessageBox::Question, tr("Recover Unsaved Changes"),
-                    tr("Recover unsaved changes to %1 from %2?").arg(name, ToQString(edits.time)),
+    QString question = tr("Recover unsaved changes to %1 from %2?").arg(name, ToQString(edits.time));
+    if (edits.changed_on_disk) {
+      question += tr("\n\nSomeone else has saved %1 since these changes were made: recovered, "
+                     "they are made on the popup as it is now and may not land where they "
+                     "were made. Check them before you save.")
+                      .arg(name);
+    }
+    QMessageBox box(QMessageBox::Question, tr("Recover Unsaved Changes"), question,
                     QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel, this);
     // Buttons named for what they do; the style's yes/no icons would mislead.
     const std::pair<QMessageBox::StandardButton, QString> names[] = {

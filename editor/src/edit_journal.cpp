@@ -3,12 +3,15 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 #include <QStandardPaths>
 #include <QUuid>
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
+#include "zephyr/support/file_utils.h"
 #include "zephyr/support/lock_file.h"
 
 namespace zephyr::editor {
@@ -33,6 +36,28 @@ void Save(const QString& name, const QByteArray& bytes) {
   }
 }
 
+// A file's size and modification time, or "-" when there is none.
+std::string MarkOf(const std::string& path) {
+  QFileInfo info(QString::fromStdString(path));
+  if (!info.exists()) return "-";
+  return std::to_string(info.size()) + " " +
+         std::to_string(info.lastModified().toMSecsSinceEpoch());
+}
+
+// The owner file: a lock line naming the process; the popup's folder and
+// base name; then for each of its two files a line with its path and a line
+// with its mark as the edits began ("changed" when another program had
+// already changed the popup: no file will match it).
+std::string OwnerText(const PopupClass& popup, const std::string& path, const std::string& file) {
+  std::string text = LockOwner::Current().Format() + "\n" + path + "\n" + file + "\n";
+  std::string folder = WithTrailingSlash(popup.PopupPath());
+  for (const std::string& name : {popup.TemplateFileName(), popup.DataFileName()}) {
+    std::string full = popup.DataSource().empty() ? std::string() : folder + name;
+    text += full + "\n" + (popup.ChangedOnDisk() ? "changed" : MarkOf(full)) + "\n";
+  }
+  return text;
+}
+
 }  // namespace
 
 std::vector<UnsavedEdits> EditJournal::Orphaned() {
@@ -43,7 +68,7 @@ std::vector<UnsavedEdits> EditJournal::Orphaned() {
     QFile owner_file(folder.filePath(kOwnerFile));
     if (!owner_file.open(QIODevice::ReadOnly)) continue;
     QList<QByteArray> lines = owner_file.readAll().split('\n');
-    if (lines.size() < 3) continue;
+    if (lines.size() < 7) continue;
     auto owner = LockOwner::Parse(lines[0].toStdString());
     if (!owner || !owner->IsStale()) continue;  // its editor still runs, or not here
     QStringList edits = EditFiles(folder);
@@ -52,10 +77,15 @@ std::vector<UnsavedEdits> EditJournal::Orphaned() {
       continue;
     }
     QDateTime last = QFileInfo(folder.filePath(edits.last())).lastModified();
-    found.push_back({last, UnsavedEdits{folder.absolutePath().toStdString(),
-                                        lines[1].toStdString(), lines[2].toStdString(),
-                                        last.toString(QStringLiteral("yyyy-MM-dd HH:mm"))
-                                            .toStdString()}});
+    UnsavedEdits one{folder.absolutePath().toStdString(), lines[1].toStdString(),
+                     lines[2].toStdString(),
+                     last.toString(QStringLiteral("yyyy-MM-dd HH:mm")).toStdString()};
+    for (int file = 3; file <= 5; file += 2) {
+      if (MarkOf(lines[file].toStdString()) != lines[file + 1].toStdString()) {
+        one.changed_on_disk = true;
+      }
+    }
+    found.push_back({last, std::move(one)});
   }
   std::sort(found.begin(), found.end(),
             [](const auto& a, const auto& b) { return a.first > b.first; });
@@ -81,8 +111,8 @@ void EditJournal::Remove(const UnsavedEdits& edits) {
   QDir(QString::fromStdString(edits.journal)).removeRecursively();
 }
 
-void EditJournal::Write(const EditRecord& record, const std::string& path,
-                        const std::string& file) {
+void EditJournal::Write(const EditRecord& record, const PopupClass& popup,
+                        const std::string& path, const std::string& file) {
   if (folder_.isEmpty()) {
     QString folder = Root() + QLatin1Char('/') + QUuid::createUuid().toString(QUuid::WithoutBraces);
     if (!QDir().mkpath(folder)) {
@@ -90,7 +120,8 @@ void EditJournal::Write(const EditRecord& record, const std::string& path,
     }
     folder_ = folder;
     next_ = 1;
-    WriteOwner(path, file);
+    Save(folder_ + QLatin1Char('/') + kOwnerFile,
+         QByteArray::fromStdString(OwnerText(popup, path, file)));
   }
   Save(QStringLiteral("%1/%2.edit").arg(folder_).arg(next_++, 6, 10, QLatin1Char('0')),
        QByteArray::fromStdString(record.Bytes()));
@@ -100,18 +131,21 @@ void EditJournal::Adopt(const UnsavedEdits& edits) {
   Discard();
   folder_ = QString::fromStdString(edits.journal);
   next_ = static_cast<int>(EditFiles(QDir(folder_)).size()) + 1;
-  WriteOwner(edits.path, edits.file);
+  // This process holds it now; the popup's files stay as the edits found them.
+  QFile owner_file(folder_ + QLatin1Char('/') + kOwnerFile);
+  if (!owner_file.open(QIODevice::ReadOnly)) {
+    throw std::runtime_error("cannot read " + owner_file.fileName().toStdString());
+  }
+  QByteArray owner = owner_file.readAll();
+  owner_file.close();
+  Save(owner_file.fileName(), QByteArray::fromStdString(LockOwner::Current().Format()) +
+                                  owner.mid(owner.indexOf('\n')));
 }
 
 void EditJournal::Discard() {
   if (folder_.isEmpty()) return;
   QDir(folder_).removeRecursively();
   folder_.clear();
-}
-
-void EditJournal::WriteOwner(const std::string& path, const std::string& file) {
-  Save(folder_ + QLatin1Char('/') + kOwnerFile,
-       QByteArray::fromStdString(LockOwner::Current().Format() + "\n" + path + "\n" + file + "\n"));
 }
 
 }  // namespace zephyr::editor

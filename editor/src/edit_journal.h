@@ -1,9 +1,10 @@
 // EditJournal: an editor's unsaved edits kept on disk, so that a crash, a
 // kill or a power cut loses none of them. Each journal is a folder under the
 // user's application data ("journal/"), never beside the popup: a file
-// "editor" naming the process (a lock line, see lock_file.h) and the popup's
-// folder and base name, then one file per change of the history
-// ("000001.edit", ...), each an EditRecord written whole with QSaveFile.
+// "editor" naming the process (a lock line, see lock_file.h), the popup's
+// folder and base name and the size and time of its two files, then one file
+// per change of the history ("000001.edit", ...), each an EditRecord written
+// whole with QSaveFile.
 //
 // The journal describes the popup as its files held it when the first edit
 // was made; a save that writes them, or undoing back to them, removes it.
@@ -34,16 +35,16 @@ class EditJournal {
   static void Remove(const UnsavedEdits& edits);
 
   // Appends a change; the first makes the folder for the popup at
-  // path/file. Raises std::runtime_error when the folder cannot take it.
-  void Write(const EditRecord& record, const std::string& path, const std::string& file);
+  // path/file, noting its files as they are. Raises std::runtime_error when
+  // the folder cannot take it.
+  void Write(const EditRecord& record, const PopupClass& popup, const std::string& path,
+             const std::string& file);
   // Goes on with an orphaned journal: its edits are this editor's now.
   void Adopt(const UnsavedEdits& edits);
   // Removes the journal; the next Write starts a new one.
   void Discard();
 
  private:
-  void WriteOwner(const std::string& path, const std::string& file);
-
   QString folder_;
   int next_ = 1;
 };

@@ -130,7 +130,7 @@ void EditorSession::JournalHistory(int index) {
     if (!IsModified()) {
       journal_.Discard();  // back where the files are
     } else if (!record.Empty()) {
-      journal_.Write(record, source_path_, source_file_);
+      journal_.Write(record, *popup_, source_path_, source_file_);
     }
   } catch (const std::exception& error) {
     // Told once: the edits go on, only a crash would lose them.

@@ -70,7 +70,9 @@ TEST_F(DamagedFileTest, WhatTheFileDoesNotHoldIsNamedWithTheFile) {
       if (c.opens) table.GetTableValues();
     });
     EXPECT_NE(error.find(c.message), std::string::npos) << error;
-    if (!c.opens) EXPECT_FALSE(table.FileExists());
+    if (!c.opens) {
+      EXPECT_FALSE(table.FileExists());
+    }
   }
 
   WriteBytes(path_, more);  // records before the end are still read one by one

@@ -47,6 +47,10 @@ struct UnsavedEdits {
   std::string path;     // the popup's folder and base name (none for a new popup)
   std::string file;
   std::string time;  // of the last edit, "yyyy-MM-dd HH:mm" local time
+  // Another program changed the popup's files after the edits began: made
+  // again on the files as they are now, the edits may not land where they
+  // were made.
+  bool changed_on_disk = false;
 };
 
 class PopupControlEdit : public QWidget {
