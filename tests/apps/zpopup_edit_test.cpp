@@ -281,6 +281,7 @@ class ZpopupEditTest : public QObject {
     AnswerNextBox(QMessageBox::Yes, &asked);
     QVERIFY(recovered.OfferRecovery());
     QVERIFY2(asked.startsWith("Recover unsaved changes to Products from "), qPrintable(asked));
+    QVERIFY2(!asked.contains("Someone else"), qPrintable(asked));  // nobody saved it since
     QVERIFY(recovered.isWindowModified());
     QVERIFY(recovered.Editor()->SaveChanges(false));
     QCOMPARE(files(killed_dir), expected);
