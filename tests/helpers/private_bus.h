@@ -21,7 +21,6 @@ class PrivateBus {
   PrivateBus& operator=(const PrivateBus&) = delete;
 
   bool Running() const { return pid_ > 0 && !address_.empty(); }
-  const std::string& Address() const { return address_; }
   // True when a bus name has an owner on this bus.
   bool NameHasOwner(const std::string& name) const;
 
