@@ -76,10 +76,10 @@ TEST(ExcelExportTest, ItemsThatCannotRoundTripAreNamedAndTheRestIsWritten) {
 // so the title, questions and field names have none of them.
 TEST(ExcelExportTest, HostileTextExportsAndImportsBack) {
   TempDir dir;
-  const std::string title = "'[Sheet]: a/b\\c*d?'" + std::string(40, 'T');
+  const std::string title = "'[Sheet]: a/b\\c*d?" + std::string(40, 'T') + "'";
   const char* names[] = {"a,\"b\"\nc", "-5%", "0012", "\xC3\x9F/\xE2\x82\xAC"};
   const char* notes[] = {"<&>", "'", "x*y?", "=1+2"};
-  for (const std::string extension : {".xlsx", ".csv"}) {
+  for (const std::string format : {"xlsx", "csv"}) {
     PopupClass popup;
     popup.Title(title);
     popup.ReplaceLevels({{Variant("=Group;"), 1}, {Variant("#N/A \xC3\xA9"), 2}});
@@ -95,12 +95,12 @@ TEST(ExcelExportTest, HostileTextExportsAndImportsBack) {
     }
     // Through the popup's own files, as a popup made elsewhere arrives.
     popup.PopupPath(dir.Path());
-    popup.DataSource("Hostile");
+    popup.DataSource("Hostile" + format);
     SavePopupInTreeOrder(popup);
-    auto original = OpenPopup(dir.Path(), "Hostile");
+    auto original = OpenPopup(dir.Path(), "Hostile" + format);
     ASSERT_EQ(original->Title(), title);
 
-    const std::string path = dir.File("hostile" + extension);
+    const std::string path = dir.File("hostile." + format);
     ExportReport report = ExportToWorkbook(*original, path);
     ASSERT_EQ(report.rows_written, 4);
     ASSERT_TRUE(report.cannot_round_trip.empty());
@@ -112,10 +112,10 @@ TEST(ExcelExportTest, HostileTextExportsAndImportsBack) {
     ImportUi ui{messages, progress, no_prompt};
     PopupClass copy;
     copy.PopupPath(dir.Path());
-    copy.DataSource("Copy");
+    copy.DataSource("Copy" + format);
     ASSERT_EQ(ImportFromWorkbook(copy, path, ui), ImportOutcome::kImported)
         << path << ": " << (messages.shown.empty() ? "" : messages.shown.back().prompt);
-    auto reread = OpenPopup(dir.Path(), "Copy");
+    auto reread = OpenPopup(dir.Path(), "Copy" + format);
     EXPECT_EQ(Describe(*reread->PopupItems()), Describe(*original->PopupItems())) << path;
     EXPECT_EQ(reread->PopupLevels()->Item(2)->Question().ToText(), "#N/A \xC3\xA9");
     EXPECT_EQ(reread->PopupFields()->Item(3)->Name(), "'Note'");
