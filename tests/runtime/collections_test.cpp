@@ -2,10 +2,7 @@
 
 #include "helpers/error_number.h"
 #include "item_access.h"
-#include "zephyr/runtime/popup_fields.h"
 #include "zephyr/runtime/popup_items.h"
-#include "zephyr/runtime/popup_levels.h"
-#include "zephyr/runtime/popup_values.h"
 
 namespace zephyr {
 namespace {
@@ -43,48 +40,6 @@ TEST(PopupItemsTest, KeysAndPositionsStayConsistent) {
     EXPECT_EQ(items.Count(), 0);
     items.Add(keys[1]);  // and so are all keys after Clear
   }
-}
-
-TEST(OtherCollectionsTest, ErrorsOrderAndArguments) {
-  PopupFields fields;
-  PopupLevels levels;
-  PopupValues values;
-  fields.Add("Popup Code", 4, 0, 0);
-  auto name = fields.Add("Name", 20, 1, 5, "name");
-  EXPECT_EQ(fields.Item("name"), name);
-  EXPECT_EQ(ErrorNumberOf([&] { fields.Item(3); }), 9);
-  EXPECT_EQ(ErrorNumberOf([&] { fields.Add("Again", 1, 2, 3, "name"); }), 457);
-  fields.Remove(1);
-  EXPECT_EQ(fields.Item(1), name);
-  EXPECT_EQ(name->Index(), 2);  // Index is where it was added, not where it is
-
-  levels.Add(Variant("Category"), 1, Variant(std::string()));
-  EXPECT_EQ(ErrorNumberOf([&] { levels.Add(Variant("Q"), 40000); }), 6);
-  EXPECT_EQ(ErrorNumberOf([&] { levels.Item("nokey"); }), 5);
-  EXPECT_EQ(levels.Count(), 1);
-
-  for (const char* v : {"a", "b", "c"}) values.Add(v);
-  std::string seen;
-  for (const auto& data : values) seen += data->Value();
-  EXPECT_EQ(seen, "abc");  // iteration follows insertion order
-  EXPECT_EQ(ErrorNumberOf([&] { values.Item(0); }), 9);
-}
-
-TEST(PopupItemTest, ChildrenAreCreatedOnFirstReadAndParentsAreWeak) {
-  std::weak_ptr<PopupItem> watch_parent, watch_child;
-  {
-    PopupItems top;
-    auto parent = top.Add("  01");
-    auto children = parent->Children();
-    EXPECT_FALSE(parent->HasChildren());  // an empty list made on reading is no child
-    auto child = children->Add("0101");
-    EXPECT_TRUE(parent->HasChildren());
-    child->Parent(parent);
-    watch_parent = parent;
-    watch_child = child;
-  }
-  EXPECT_TRUE(watch_parent.expired());  // a dropped tree is freed
-  EXPECT_TRUE(watch_child.expired());
 }
 
 TEST(PopupItemTest, ADeepBranchIsFreedWithoutExhaustingTheStack) {
