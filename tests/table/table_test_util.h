@@ -45,11 +45,6 @@ inline uint32_t Le32(const std::string& bytes, size_t offset) {
   return value;
 }
 
-inline uint16_t Le16(const std::string& bytes, size_t offset) {
-  return static_cast<uint16_t>(static_cast<unsigned char>(bytes[offset]) |
-                               static_cast<unsigned char>(bytes[offset + 1]) << 8);
-}
-
 inline void PutLe32(std::string* bytes, size_t offset, uint32_t value) {
   for (size_t i = 0; i < 4; ++i) (*bytes)[offset + i] = static_cast<char>(value >> (8 * i));
 }

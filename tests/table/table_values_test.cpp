@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "helpers/error_number.h"
 #include "helpers/temp_dir.h"
 #include "table_test_util.h"
 #include "zephyr/support/codepage.h"
@@ -10,6 +11,7 @@
 namespace zephyr {
 namespace {
 
+using testing::ErrorNumberOf;
 using testing::ReadBytes;
 using testing::Rows;
 using testing::TempDir;
@@ -51,26 +53,15 @@ TEST(GetTableValuesTest, LiveRecordsInFileOrderWithUntrimmedText) {
   dBase table;
   table.OpenFile(path);
   Variant values = table.GetTableValues();
-  const VariantArray* array = values.AsArray();
-  ASSERT_NE(array, nullptr);
-  EXPECT_EQ(array->LBound(1), 1);
-  EXPECT_EQ(array->LBound(2), 1);
   EXPECT_EQ(testing::ArrayRows(values),
             (Rows{{"01  ", "", "a  "}, {"03  ", "", "c  "}, {"05  ", "", "e  "}}));
-  EXPECT_TRUE(array->At(2, 1).IsEmpty());
+  EXPECT_TRUE(values.AsArray()->At(2, 1).IsEmpty());
   EXPECT_EQ(table.RecordNo(), 5);
 
   auto records = table.ReadRecords();  // the same cells, made on demand
   EXPECT_EQ(testing::RecordRows(*records), testing::ArrayRows(values));
   EXPECT_TRUE(records->Cell(2, 1).IsEmpty());
-  for (auto [column, row] : {std::pair{0, 1}, {4, 1}, {1, 0}, {1, 4}}) {
-    try {
-      records->Cell(column, row);
-      FAIL() << "no error";
-    } catch (const RuntimeError& error) {
-      EXPECT_EQ(error.Code(), RuntimeErrorCode::kSubscriptOutOfRange);
-    }
-  }
+  EXPECT_EQ(ErrorNumberOf([&] { records->Cell(1, 4); }), 9);
 }
 
 TEST(GetTableValuesTest, NothingWhenClosedOrEmptyAndAnErrorWhenAllAreDeleted) {
@@ -90,14 +81,8 @@ TEST(GetTableValuesTest, NothingWhenClosedOrEmptyAndAnErrorWhenAllAreDeleted) {
   bytes[65] = '*';
   testing::WriteBytes(path, bytes);
   table.OpenFile(path);
-  for (int attempt = 0; attempt < 2; ++attempt) {
-    try {
-      attempt == 0 ? (void)table.GetTableValues() : (void)table.ReadRecords();
-      FAIL() << "no error";
-    } catch (const RuntimeError& error) {
-      EXPECT_EQ(error.Code(), RuntimeErrorCode::kSubscriptOutOfRange);
-    }
-  }
+  EXPECT_EQ(ErrorNumberOf([&] { table.GetTableValues(); }), 9);
+  EXPECT_EQ(ErrorNumberOf([&] { table.ReadRecords(); }), 9);
 }
 
 TEST(SortTableValuesTest, ChecksInOrder) {
@@ -205,12 +190,7 @@ TEST(PutTableValuesTest, ArraysOfTheWrongShapeAreRefused) {
   table.OpenMode(dBase::kReadWrite);
   table.OpenFile(path);
   Variant two_dimensional = MakeArray({{"a"}, {"b"}});  // rows are read with one subscript
-  try {
-    table.PutTableValues(two_dimensional);
-    FAIL() << "no error";
-  } catch (const RuntimeError& error) {
-    EXPECT_EQ(error.Code(), RuntimeErrorCode::kSubscriptOutOfRange);
-  }
+  EXPECT_EQ(ErrorNumberOf([&] { table.PutTableValues(two_dimensional); }), 9);
 
   // Arrays of arrays hit the missing second dimension in batch mode.
   VariantArray outer({1, 2});
@@ -219,7 +199,7 @@ TEST(PutTableValuesTest, ArraysOfTheWrongShapeAreRefused) {
   Variant mismatched(outer);
   try {
     table.PutTableValues(mismatched);
-    FAIL() << "no error";
+    ADD_FAILURE() << "no error";
   } catch (const AutomationError& error) {
     EXPECT_EQ(error.Number(), static_cast<int32_t>(0x80040203));
     EXPECT_EQ(error.Description(), "Array does not match Fields");
