@@ -23,7 +23,6 @@ Fields ManyFields(int count, std::string last_length) {
 }
 
 struct RuleCase {
-  const char* name;
   DesignDraft draft;
   DesignPlace place;
   int row;
@@ -36,40 +35,33 @@ constexpr auto kField = DesignPlace::kFields;
 
 // Each draft breaks two or more rules; the first in the fixed order wins.
 const RuleCase kCases[] = {
-    {"BlankTitleFirst", {" ", {}, {}}, kTitle, 0, "Missing Title.  You must enter a Title"},
-    {"DoubleQuoteBeforeApostrophe", {"It's \"x\"", kLevels, kFields}, kTitle, 0,
-     "Double Quotes are not permited in Title"},
-    {"ApostropheBeforeLevels", {"It's", {}, kFields}, kTitle, 0,
-     "Single Quotes are not permited in Title"},
-    {"NoLevelBeforeNoField", {"T", {}, {}}, kLevel, 0, "Popup must contain at least 1 Level"},
-    {"QuoteInAnyLevelFirst", {"T", {"", "9x", "A\"b"}, kFields}, kLevel, 3,
+    {{" ", {}, {}}, kTitle, 0, "Missing Title.  You must enter a Title"},
+    {{"It's \"x\"", kLevels, kFields}, kTitle, 0, "Double Quotes are not permited in Title"},
+    {{"It's", {}, kFields}, kTitle, 0, "Single Quotes are not permited in Title"},
+    {{"T", {}, {}}, kLevel, 0, "Popup must contain at least 1 Level"},
+    {{"T", {"", "9x", "A\"b"}, kFields}, kLevel, 3,
      "Double Quotes are not permited in Level Descriptions"},
-    {"BlankLevel", {"T", {"Aisle", "  ", "9x"}, kFields}, kLevel, 2,
+    {{"T", {"Aisle", "  ", "9x"}, kFields}, kLevel, 2,
      "Missing Level Descritpion. Please Enter Level Description"},
-    {"LeadingBlankIsNoLetter", {"T", {"Aisle", " Size"}, kFields}, kLevel, 2,
+    {{"T", {"Aisle", " Size"}, kFields}, kLevel, 2,
      "The First Character of the level name is numeric."},
-    {"BadLevelBeforeLevelCount", {"T", ManyLevels(128, "_"), kFields}, kLevel, 128,
-     "The First Character"},
-    {"LevelCountBeforeFields", {"T", ManyLevels(128, "Q"), {}}, kLevel, 0,
+    {{"T", ManyLevels(128, "_"), kFields}, kLevel, 128, "The First Character"},
+    {{"T", ManyLevels(128, "Q"), {}}, kLevel, 0,
      "Only 127 Levels are permited. Please Delete extra levels"},
-    {"NoField", {"T", kLevels, {}}, kField, 0, "Popup must contain at least 1 Field"},
-    {"NameQuoteBeforeLength", {"T", kLevels, {{"N", "1"}, {"A\"", "x"}}}, kField, 2,
+    {{"T", kLevels, {}}, kField, 0, "Popup must contain at least 1 Field"},
+    {{"T", kLevels, {{"N", "1"}, {"A\"", "x"}}}, kField, 2,
      "Double Quotes are not permited in Field Names"},
-    {"FieldsInOrder", {"T", kLevels, {{"N", "12a"}, {"\"", "1"}}}, kField, 1,
-     "Fields Length must be numeric"},
-    {"LengthOver254", {"T", kLevels, {{"N", "1"}, {"P", "255"}}}, kField, 2,
-     "Fields Length must be less than 250"},
-    {"LengthBelowOne", {"T", kLevels, {{"N", "1"}, {"P", "0"}}}, kField, 2,
-     "Fields Length must be at least 1"},
-    {"BadFieldBeforeFieldCount", {"T", kLevels, ManyFields(255, "")}, kField, 255,
-     "Fields Length must be numeric"},
-    {"FieldCount", {"T", kLevels, ManyFields(255, "1")}, kField, 0,
+    {{"T", kLevels, {{"N", "12a"}, {"\"", "1"}}}, kField, 1, "Fields Length must be numeric"},
+    {{"T", kLevels, {{"N", "1"}, {"P", "255"}}}, kField, 2, "Fields Length must be less than 250"},
+    {{"T", kLevels, {{"N", "1"}, {"P", "0"}}}, kField, 2, "Fields Length must be at least 1"},
+    {{"T", kLevels, ManyFields(255, "")}, kField, 255, "Fields Length must be numeric"},
+    {{"T", kLevels, ManyFields(255, "1")}, kField, 0,
      "Only 254 Fields are permited. Please Delete extra Fields"},
 };
 
 TEST(DesignRulesTest, TheFirstBrokenRuleIsReported) {
   for (const RuleCase& rule : kCases) {
-    SCOPED_TRACE(rule.name);
+    SCOPED_TRACE(rule.message_start);
     auto broken = CheckDesign(rule.draft);
     ASSERT_TRUE(broken.has_value());
     EXPECT_EQ(broken->place, rule.place);
