@@ -42,40 +42,5 @@ TEST(PopupItemsTest, KeysAndPositionsStayConsistent) {
   }
 }
 
-TEST(PopupItemTest, ADeepBranchIsFreedWithoutExhaustingTheStack) {
-  std::weak_ptr<PopupItem> deepest;
-  {
-    auto top = PopupItem::Create();
-    auto item = top;
-    for (int depth = 0; depth < 200000; ++depth) item = item->Children()->Add("01");
-    deepest = item;
-  }
-  EXPECT_TRUE(deepest.expired());
-}
-
-// Neighbouring ids share a registry page. Freeing one item must leave its
-// neighbours findable, also when they are all that is left on the page, and
-// a freed item's id must find nothing, even once its page is made again.
-TEST(PopupItemTest, IdentitiesFindLiveItemsOnlyWhateverIsFreedAround) {
-  EXPECT_EQ(FindItemByIdentity(0), nullptr);
-  EXPECT_EQ(FindItemByIdentity(-5), nullptr);
-  // Ids burnt one at a time, so that no older live item shares a page with
-  // the three below.
-  for (int i = 0; i < 10000; ++i) PopupItem::Create();
-  std::shared_ptr<PopupItem> items[] = {PopupItem::Create(), PopupItem::Create(),
-                                        PopupItem::Create()};
-  const int32_t ids[] = {items[0]->Identity(), items[1]->Identity(), items[2]->Identity()};
-  for (int gone : {1, 0, 2}) {
-    items[gone].reset();
-    for (int i = 0; i < 3; ++i) ASSERT_EQ(FindItemByIdentity(ids[i]), items[i]) << gone << i;
-  }
-  auto newcomer = PopupItem::Create();
-  EXPECT_EQ(FindItemByIdentity(newcomer->Identity()), newcomer);
-  for (int32_t id : ids) {
-    EXPECT_NE(newcomer->Identity(), id);  // ids are not reused
-    EXPECT_EQ(FindItemByIdentity(id), nullptr);
-  }
-}
-
 }  // namespace
 }  // namespace zephyr
