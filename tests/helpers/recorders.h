@@ -17,7 +17,7 @@ class RecordingProgress : public Progress {
   void Show() override { shown = true, ++shows; }
   void Unload() override { shown = false, ++unloads; }
   void SetMessage(const std::string& text) override { message = text; }
-  void SetMinimum(int32_t value) override { minimum = value; }
+  void SetMinimum(int32_t) override {}
   void SetMaximum(int32_t value) override { maximum = value; }
   void SetValue(int32_t value) override { this->value = value; }
   void ProcessEvents() override { ++events; }
@@ -25,7 +25,7 @@ class RecordingProgress : public Progress {
   bool shown = false;
   int shows = 0, unloads = 0, events = 0;
   std::string message;
-  int32_t minimum = -1, maximum = -1, value = -1;
+  int32_t maximum = -1, value = -1;
 };
 
 class ScriptedMessageBox : public MessageBox {
