@@ -8,7 +8,6 @@
 #include "helpers/error_number.h"
 #include "helpers/temp_dir.h"
 #include "table_test_util.h"
-#include "zephyr/support/codepage.h"
 #include "zephyr/support/errors.h"
 #include "zephyr/support/file_utils.h"
 #include "zephyr/table/dbase.h"
@@ -293,19 +292,6 @@ TEST_F(TableFileTest, OpeningAgainClosesAndReopensReadOnly) {
   EXPECT_EQ(error.Description(), "Database is ReadOnly");
   EXPECT_EQ(table.RecordNo(), 0);
   EXPECT_EQ(ReadBytes(dir_.File("a.zpd")).back(), '\x1A');  // the first table was closed properly
-}
-
-// Names keep 11 code-page characters in upper case; a letter whose capital
-// the code page cannot hold stays as it is rather than becoming "?".
-TEST(TableFieldsTest, NamesAreCutAndUpperCasedWithinTheCodePage) {
-  Fields fields;
-  EXPECT_EQ(fields.Add("straße_und_weg", "character", 5, 0, 0)->Name(), "STRAßE_UND_");
-  EXPECT_EQ(fields.Add("µm", "n", 1, 0, 0)->Name(), "µM");  // no capital mu in Windows-1252
-  EXPECT_EQ(fields.Add("ÿœé", "c", 1, 0, 0)->Name(), "ŸŒÉ");
-  EXPECT_EQ(fields.Item(2)->FieldType(), "N");
-  SetActiveCodePage("CP1253");  // the Greek code page has both
-  EXPECT_EQ(fields.Add("µm", "C", 1, 0, 0)->Name(), "ΜM");
-  SetActiveCodePage("WINDOWS-1252");
 }
 
 }  // namespace
