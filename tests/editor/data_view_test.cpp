@@ -143,30 +143,17 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     QVERIFY(Grid()->columnWidth(1) > Grid()->fontMetrics().horizontalAdvance("WWWWWWWWWW"));
   }
 
-  void deletingTheFirstItemSelectsTheTitleRow() {
+  // Delete asks first (No by default) and leaves the row above current,
+  // ready for the next key, as does doing it again; above the first item
+  // stands the title row, which is never deleted.
+  void deletingLeavesTheRowAboveCurrent() {
     Open();
-    Grid()->setCurrentIndex(Row({"10"}));
+    Grid()->setCurrentIndex(Row({"10", "20"}));  // Pears, under Apples
     messages->answers = {MessageAnswer::kNo};
     QTest::keyClick(Grid(), Qt::Key_Delete);
     QCOMPARE(messages->shown.back().title, std::string("Confirm Delete"));
     QCOMPARE(messages->shown.back().default_button, 2);
-    QCOMPARE(editor->Popup()->PopupItems()->Count(), 2);
-    messages->answers = {MessageAnswer::kYes};
-    QTest::mouseClick(Child<QPushButton>("cmdDelete"), Qt::LeftButton);
-    QCOMPARE(editor->Popup()->PopupItems()->Count(), 1);
-    QCOMPARE(Outline(), QStringList({"Products", "20", "10"}));
-    QCOMPARE(Grid()->currentIndex().row(), 0);
-    QVERIFY(!Grid()->currentIndex().parent().isValid());
-    QVERIFY(!Child<QPushButton>("cmdDelete")->isEnabled());
-    QTest::keyClick(Grid(), Qt::Key_Delete);  // the title row stays
-    QCOMPARE(editor->Popup()->PopupItems()->Count(), 1);
-  }
-
-  // Deleting an item leaves the row above it current, ready for the next
-  // key; so does doing the deletion again.
-  void deletingLeavesTheRowAboveCurrentAndSoDoesItsRedo() {
-    Open();
-    Grid()->setCurrentIndex(Row({"10", "20"}));  // Pears, under Apples
+    QVERIFY(Row({"10", "20"}).isValid());
     messages->answers = {MessageAnswer::kYes};
     QTest::keyClick(Grid(), Qt::Key_Delete);
     QCOMPARE(Grid()->currentIndex().siblingAtColumn(0), Row({"10", "10"}));
@@ -174,6 +161,15 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     editor->undo();
     editor->redo();
     QCOMPARE(Grid()->currentIndex().siblingAtColumn(0), Row({"10", "10"}));
+
+    Grid()->setCurrentIndex(Row({"10"}));
+    messages->answers = {MessageAnswer::kYes};
+    QTest::mouseClick(Child<QPushButton>("cmdDelete"), Qt::LeftButton);
+    QCOMPARE(Outline(), QStringList({"Products", "20", "10"}));
+    QVERIFY(!Grid()->currentIndex().parent().isValid());
+    QVERIFY(!Child<QPushButton>("cmdDelete")->isEnabled());
+    QTest::keyClick(Grid(), Qt::Key_Delete);  // the title row stays
+    QCOMPARE(editor->Popup()->PopupItems()->Count(), 1);
   }
 
   // The key step takes whole numbers from 1 to 99; anything else is told, and
@@ -194,6 +190,13 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
         QVERIFY2(step->hasFocus(), text);
       }
     }
+    // A step that is no number, left in the box, fails the add as a type mismatch.
+    step->setEditText("ab");
+    Grid()->setCurrentIndex(Row({"10"}));
+    QTest::keyClick(Grid(), Qt::Key_F2);
+    QCOMPARE(Prompts().back().substr(0, 20), std::string("Run-time error '13':"));
+    QCOMPARE(Item(Row({"10"}))->Children()->Count(), 2);
+    QCOMPARE(keys->asked, 0);
   }
 
   // The one add that marks the popup changed is one the user cancelled: no
@@ -481,17 +484,6 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     QCOMPARE(Item(Row({"10", "30"}))->Level(), int16_t{2});
     editor->undo();
     QVERIFY(!Row({"10", "30"}).isValid());
-  }
-
-  void aKeyStepThatIsNoNumberIsATypeMismatch() {
-    Open();
-    Child<QComboBox>("cboStep")->setEditText("ab");
-    Grid()->setFocus();
-    Grid()->setCurrentIndex(Row({"10"}));
-    QTest::keyClick(Grid(), Qt::Key_F2);
-    QCOMPARE(Prompts().back().substr(0, 20), std::string("Run-time error '13':"));
-    QCOMPARE(Item(Row({"10"}))->Children()->Count(), 2);
-    QCOMPARE(keys->asked, 0);
   }
 
   // The keyboard habits of a sheet and an outliner: a typed character starts
