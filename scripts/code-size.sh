@@ -7,7 +7,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-production_areas=(table runtime support excel editor platform apps)
+production_areas=(table runtime support excel editor platform apps designer)
 
 # Counted lines of the .cpp and .h files under the given folders.
 count() {
