@@ -1,12 +1,12 @@
 // The procedures the editor reports to the diagnostic server, watched over a
-// private session bus: the lines the component has always sent, as many as
+// session bus of its own: the lines the component has always sent, as many as
 // it sent them, and none it never sent.
 #include <QAction>
 #include <QPushButton>
 #include <QToolButton>
 
 #include "editor_fixture.h"
-#include "helpers/private_bus.h"
+#include "helpers/debug_server.h"
 #include "zephyr/support/debug_log.h"
 
 using zephyr::MessageAnswer;
@@ -47,22 +47,19 @@ class EditorLogTest : public QObject, zephyr::testing::EditorFixture {
     return static_cast<int>(sent.count(line));
   }
 
-  std::unique_ptr<zephyr::testing::PrivateBus> bus_;
   std::unique_ptr<zephyr::testing::DebugServer> server_;
   size_t seen_ = 0;
   int markers_ = 0;
 
  private slots:
   void initTestCase() {
-    bus_ = std::make_unique<zephyr::testing::PrivateBus>();
-    server_ = std::make_unique<zephyr::testing::DebugServer>(*bus_, ZEPHYR_DEBUG_SERVER);
+    server_ = std::make_unique<zephyr::testing::DebugServer>(ZEPHYR_DEBUG_SERVER);
     QVERIFY(server_->Ready());
     zephyr::ResetDebugLogForTesting();
   }
   void cleanupTestCase() {
     TearDownEditor();
     server_.reset();
-    bus_.reset();
     zephyr::ResetDebugLogForTesting();
   }
 

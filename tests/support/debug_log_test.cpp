@@ -1,17 +1,16 @@
-// Diagnostic logging over a private session bus with the real zephyr-debug
-// server: the latch that no server at the first call sets, and the four
+// Diagnostic logging over the test's own session bus with the real
+// zephyr-debug server: the latch that no server at the first call sets, and the four
 // fields of a delivered message.
 #include "zephyr/support/debug_log.h"
 
 #include <gtest/gtest.h>
 
-#include "helpers/private_bus.h"
+#include "helpers/debug_server.h"
 
 namespace zephyr {
 namespace {
 
 using testing::DebugServer;
-using testing::PrivateBus;
 using Line = std::vector<std::string>;
 
 class DebugLogTest : public ::testing::Test {
@@ -21,13 +20,11 @@ class DebugLogTest : public ::testing::Test {
 };
 
 TEST_F(DebugLogTest, NoServerOnTheFirstCallSwitchesLoggingOffForGood) {
-  PrivateBus bus;
-  ASSERT_TRUE(bus.Running());
   DebugLog("mod", "proc", "first");
   EXPECT_EQ(DebugLogState(), -1);
   EXPECT_FALSE(DebugLogEnabled());
 
-  DebugServer server(bus, ZEPHYR_DEBUG_SERVER);
+  DebugServer server(ZEPHYR_DEBUG_SERVER);
   ASSERT_TRUE(server.Ready());
   DebugLog("mod", "proc", "second");
   EXPECT_EQ(DebugLogAttachAttempts(), 1u);  // no further attempts
@@ -35,8 +32,7 @@ TEST_F(DebugLogTest, NoServerOnTheFirstCallSwitchesLoggingOffForGood) {
 }
 
 TEST_F(DebugLogTest, ServerReceivesTheFourFields) {
-  PrivateBus bus;
-  DebugServer server(bus, ZEPHYR_DEBUG_SERVER);
+  DebugServer server(ZEPHYR_DEBUG_SERVER);
   ASSERT_TRUE(server.Ready());
   DebugLog("dBase Class", "Sort", "tab\there");
   auto lines = server.Lines(1);

@@ -1,4 +1,4 @@
-#include "helpers/private_bus.h"
+#include "helpers/debug_server.h"
 
 #include <dbus/dbus.h>
 #include <fcntl.h>
@@ -7,7 +7,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <thread>
 
 namespace zephyr::testing {
@@ -48,56 +47,28 @@ pid_t Spawn(const std::vector<std::string>& argv, int* read_end) {
   return pid;
 }
 
-}  // namespace
-
-PrivateBus::PrivateBus() {
-  if (const char* previous = std::getenv("DBUS_SESSION_BUS_ADDRESS")) {
-    had_previous_ = true;
-    previous_address_ = previous;
-  }
-  int output = -1;
-  pid_ =
-      Spawn({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1"}, &output);
-  if (pid_ <= 0) return;
-  std::string line;
-  char c;
-  pollfd waiting{output, POLLIN, 0};
-  while (::poll(&waiting, 1, 5000) > 0 && ::read(output, &c, 1) == 1 && c != '\n')
-    line.push_back(c);
-  ::close(output);
-  address_ = line;
-  if (!address_.empty()) ::setenv("DBUS_SESSION_BUS_ADDRESS", address_.c_str(), 1);
-}
-
-PrivateBus::~PrivateBus() {
-  StopProcess(pid_);
-  if (had_previous_) {
-    ::setenv("DBUS_SESSION_BUS_ADDRESS", previous_address_.c_str(), 1);
-  } else {
-    ::unsetenv("DBUS_SESSION_BUS_ADDRESS");
-  }
-}
-
-bool PrivateBus::NameHasOwner(const std::string& name) const {
+// True when a bus name has an owner on the session bus.
+bool NameHasOwner(const std::string& name) {
   DBusError error;
   dbus_error_init(&error);
-  DBusConnection* connection = dbus_connection_open_private(address_.c_str(), &error);
+  DBusConnection* connection = dbus_bus_get_private(DBUS_BUS_SESSION, &error);
   if (!connection) {
     dbus_error_free(&error);
     return false;
   }
-  bool owned = dbus_bus_register(connection, &error) &&
-               dbus_bus_name_has_owner(connection, name.c_str(), &error);
+  bool owned = dbus_bus_name_has_owner(connection, name.c_str(), &error);
   dbus_error_free(&error);
   dbus_connection_close(connection);
   dbus_connection_unref(connection);
   return owned;
 }
 
-DebugServer::DebugServer(const PrivateBus& bus, const std::string& program) {
+}  // namespace
+
+DebugServer::DebugServer(const std::string& program) {
   pid_ = Spawn({program}, &output_);
   for (int i = 0; i < 250 && pid_ > 0; ++i) {
-    if (bus.NameHasOwner("ZephyrDebug60.Application")) {
+    if (NameHasOwner("ZephyrDebug60.Application")) {
       ready_ = true;
       break;
     }
