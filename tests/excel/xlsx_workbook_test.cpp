@@ -35,21 +35,13 @@ TEST(LibreOfficeXlsxTest, ReadsTheCommittedFixture) {
   testing::ExpectFixtureItems(workbook->ReadSheet(1));
 }
 
-TEST(XlsxPartsTest, SharedStringsJoinRunsAndSkipPhoneticReadings) {
+// Shared strings join their runs and skip phonetic readings.
+TEST(XlsxPartsTest, CellTypesSharedStringsAndInlineRichText) {
   std::string strings =
       "<sst><si><t>plain</t></si>"
       "<si><r><rPr><b/></rPr><t>Ka</t></r><r><t xml:space=\"preserve\">nji </t></r>"
       "<rPh sb=\"0\" eb=\"1\"><t>reading</t></rPh><phoneticPr fontId=\"1\"/></si>"
       "<si><t>a_x000D_b_x0041_</t></si><si><t/></si></sst>";
-  Sheet sheet = ReadOnly(testing::MakeXlsx(
-      SheetXml("<row r=\"1\"><c r=\"A1\" t=\"s\"><v>1</v></c><c r=\"B1\" t=\"s\"><v>0</v></c>"
-               "<c r=\"C1\" t=\"s\"><v>2</v></c><c r=\"D1\" t=\"s\"><v>3</v></c></row>"),
-      strings));
-  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"Kanji ", "plain", "a\rbA"}));
-  EXPECT_EQ(KindAt(sheet, 0, 3), CellKind::kText);  // an empty string is still text
-}
-
-TEST(XlsxPartsTest, CellTypesAndInlineRichText) {
   Sheet sheet = ReadOnly(testing::MakeXlsx(
       SheetXml("<row r=\"1\">"
                "<c r=\"A1\" t=\"inlineStr\"><is><r><t>in</t></r><r><t>line</t></r></is></c>"
@@ -62,13 +54,17 @@ TEST(XlsxPartsTest, CellTypesAndInlineRichText) {
                "<c r=\"H1\" s=\"3\"/>"
                "<c r=\"I1\" t=\"d\"><v>2023-03-15</v></c>"
                "<c r=\"J1\" t=\"str\"><f>NA()</f><v>#N/A</v></c>"
-               "</row>")));
+               "<c r=\"K1\" t=\"s\"><v>1</v></c><c r=\"L1\" t=\"s\"><v>0</v></c>"
+               "<c r=\"M1\" t=\"s\"><v>2</v></c><c r=\"N1\" t=\"s\"><v>3</v></c>"
+               "</row>"),
+      strings));
   EXPECT_EQ(RowTexts(sheet, 0), (Texts{"inline", "formula text", "#DIV/0!", "FALSE", "1E+20",
-                                       "-0.5", "", "", "2023-03-15", "#N/A"}));
+                                       "-0.5", "", "", "2023-03-15", "#N/A", "Kanji ", "plain",
+                                       "a\rbA"}));
   using enum CellKind;
-  // J1: an error result cached as text.
-  const CellKind kinds[] = {kText,   kText,  kError, kBoolean, kNumber,
-                            kNumber, kEmpty, kEmpty, kNumber,  kError};
+  // J1: an error result cached as text; N1: an empty string, still text.
+  const CellKind kinds[] = {kText,  kText,   kError, kBoolean, kNumber, kNumber, kEmpty,
+                            kEmpty, kNumber, kError, kText,    kText,   kText,   kText};
   for (size_t i = 0; i < std::size(kinds); ++i) EXPECT_EQ(KindAt(sheet, 0, i), kinds[i]) << i;
 }
 
