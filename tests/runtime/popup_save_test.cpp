@@ -101,7 +101,11 @@ TEST_F(PopupSaveTest, TheWorkTableHasOneColumnPerFieldAndFailuresAreReportedNotR
   EXPECT_EQ(ItemAccess::LoadedKey(*item), "01");
 }
 
-TEST_F(PopupSaveTest, AnIncompleteSaveLeavesTheOldFilesUntouched) {
+// The popup's files are replaced by renaming the finished work files over
+// them: never deleted first, never created or written in place, and the
+// template before the table. A save killed at any moment therefore leaves
+// each file complete, old or new; one that fails leaves them untouched.
+TEST_F(PopupSaveTest, TheOldFilesAreReplacedOnlyByRename) {
   WritePopupFiles(dir_.Path(), "Shop", kShop, {{"  01", "Drinks"}, {"0101", "Tea"}});
   std::string old_template = ReadBytes(dir_.File("Shop.ZPT"));
   std::string old_data = ReadBytes(dir_.File("Shop.ZPD"));
@@ -119,18 +123,6 @@ TEST_F(PopupSaveTest, AnIncompleteSaveLeavesTheOldFilesUntouched) {
   EXPECT_EQ(ReadBytes(dir_.File("Shop.ZPD")), old_data);
 
   // The next save clears the stale work files and goes through.
-  SavePopupInTreeOrder(*popup);
-  EXPECT_EQ(OpenShop(dir_.Path())->Title(), "Renamed");
-  EXPECT_EQ(FolderListing(dir_.Path()), (std::vector<std::string>{"Shop.ZPD", "Shop.ZPT"}));
-}
-
-// The popup's files are replaced by renaming the finished work files over
-// them: never deleted first, never created or written in place, and the
-// template before the table. A save killed at any moment therefore leaves
-// each file complete, old or new.
-TEST_F(PopupSaveTest, TheOldFilesAreReplacedOnlyByRename) {
-  WritePopupFiles(dir_.Path(), "Shop", kShop, {{"  01", "Drinks"}, {"0101", "Tea"}});
-  auto popup = OpenShop(dir_.Path());
   int watch = ::inotify_init1(IN_NONBLOCK);
   ASSERT_GE(watch, 0);
   ASSERT_GE(::inotify_add_watch(watch, dir_.Path().c_str(),
@@ -152,6 +144,8 @@ TEST_F(PopupSaveTest, TheOldFilesAreReplacedOnlyByRename) {
   EXPECT_EQ(events["Shop.ZPT"], uint32_t{IN_MOVED_TO});
   EXPECT_EQ(events["Shop.ZPD"], uint32_t{IN_MOVED_TO});
   EXPECT_EQ(renamed_to, (std::vector<std::string>{"Shop.ZPT", "Shop.ZPD"}));
+  EXPECT_EQ(OpenShop(dir_.Path())->Title(), "Renamed");
+  EXPECT_EQ(FolderListing(dir_.Path()), (std::vector<std::string>{"Shop.ZPD", "Shop.ZPT"}));
 }
 
 // Another program's save, or another process appending to the table as
