@@ -10,7 +10,6 @@
 namespace zephyr::excel {
 namespace {
 
-using testing::KindAt;
 using testing::RowTexts;
 using Texts = std::vector<std::string>;
 
@@ -70,32 +69,29 @@ TEST(OdsPartsTest, ActiveTableComesFromTheSettings) {
   auto workbook = open(Settings("Huge"));
   ASSERT_EQ(workbook->ActiveSheet(), 1u);
   EXPECT_EQ(RowTexts(workbook->ReadSheet(0), 0), (Texts{"ok"}));
-  try {
-    workbook->ReadSheet(1);
-    FAIL() << "no error";
-  } catch (const WorkbookError& error) {
-    EXPECT_EQ(error.kind(), WorkbookError::Kind::kTooLarge);
-    EXPECT_EQ(error.path(), "big.ods");
-  }
+  EXPECT_THROW(workbook->ReadSheet(1), WorkbookError);
 }
 
+// Collapsed and filtered rows are hidden, header rows among them.
 TEST(OdsPartsTest, RepeatedRowsAndCellsExpandOnlyWhereTheyHoldSomething) {
   auto start = std::chrono::steady_clock::now();
-  Sheet sheet =
-      ReadFirst("<table:table table:name=\"T\"><table:table-header-rows><table:table-row>" +
-                TextCell("head") +
-                "</table:table-row></table:table-header-rows>"
-                "<table:table-row table:number-rows-repeated=\"2\">"
-                "<table:table-cell table:number-columns-repeated=\"2\"/>" +
-                TextCell("r", " table:number-columns-repeated=\"2\"") +
-                "</table:table-row>"
-                "<table:table-row table:number-rows-repeated=\"3\"><table:table-cell "
-                "table:number-columns-repeated=\"16384\"/></table:table-row>"
-                "<table:table-row>" +
-                TextCell("after gap") +
-                "</table:table-row>"
-                "<table:table-row table:number-rows-repeated=\"1048000\"><table:table-cell "
-                "table:number-columns-repeated=\"16384\"/></table:table-row></table:table>");
+  Sheet sheet = ReadFirst(
+      "<table:table table:name=\"T\"><table:table-header-rows>"
+      "<table:table-row table:visibility=\"collapse\">" +
+      TextCell("head") +
+      "</table:table-row></table:table-header-rows>"
+      "<table:table-row table:number-rows-repeated=\"2\" table:visibility=\"filter\">"
+      "<table:table-cell table:number-columns-repeated=\"2\"/>" +
+      TextCell("r", " table:number-columns-repeated=\"2\"") +
+      "</table:table-row>"
+      "<table:table-row table:number-rows-repeated=\"3\" table:visibility=\"visible\">"
+      "<table:table-cell table:number-columns-repeated=\"16384\"/></table:table-row>"
+      "<table:table-row>" +
+      TextCell("after gap") +
+      "</table:table-row>"
+      "<table:table-row table:number-rows-repeated=\"1048000\" "
+      "table:visibility=\"collapse\"><table:table-cell table:number-columns-repeated=\"16384\"/>"
+      "</table:table-row></table:table>");
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
   ASSERT_EQ(sheet.rows.size(), 7u);
   EXPECT_EQ(RowTexts(sheet, 0), (Texts{"head"}));
@@ -103,24 +99,7 @@ TEST(OdsPartsTest, RepeatedRowsAndCellsExpandOnlyWhereTheyHoldSomething) {
   EXPECT_EQ(RowTexts(sheet, 2), (Texts{"", "", "r", "r"}));
   EXPECT_TRUE(sheet.rows[3].cells.empty());
   EXPECT_EQ(RowTexts(sheet, 6), (Texts{"after gap"}));
-}
-
-TEST(OdsPartsTest, CollapsedAndFilteredRowsAreHidden) {
-  Sheet sheet = ReadFirst(
-      "<table:table table:name=\"T\">"
-      "<table:table-row table:visibility=\"collapse\">" +
-      TextCell("a") +
-      "</table:table-row>"
-      "<table:table-row table:visibility=\"filter\" table:number-rows-repeated=\"2\">" +
-      TextCell("b") +
-      "</table:table-row>"
-      "<table:table-row table:visibility=\"visible\">" +
-      TextCell("c") +
-      "</table:table-row>"
-      "<table:table-row table:visibility=\"collapse\" table:number-rows-repeated=\"5\"/>"
-      "</table:table>");
-  ASSERT_EQ(sheet.rows.size(), 4u);
-  for (size_t row = 0; row < 4; ++row) EXPECT_EQ(sheet.rows[row].hidden, row < 3);
+  for (size_t row = 0; row < 7; ++row) EXPECT_EQ(sheet.rows[row].hidden, row < 3) << row;
 }
 
 TEST(OdsPartsTest, DisplayedTextAndKindsOfCells) {
@@ -139,27 +118,23 @@ TEST(OdsPartsTest, DisplayedTextAndKindsOfCells) {
       "<text:p>FALSCH</text:p></table:table-cell>"
       "<table:table-cell><text:p>no type</text:p></table:table-cell>"
       "<table:table-cell office:value-type=\"string\"><text:p/></table:table-cell>"
-      "</table:table-row><table:table-row>"
-      "<table:table-cell table:formula=\"of:=A9+\"><text:p>Err:502</text:p>"
-      "</table:table-cell>"
+      "<table:table-cell table:formula=\"of:=A9+\"><text:p>Err:502</text:p></table:table-cell>"
       "<table:table-cell table:formula=\"of:=NA()\" office:value-type=\"string\" "
       "office:string-value=\"\" calcext:value-type=\"error\"><text:p>#N/A</text:p>"
       "</table:table-cell>" +
-      TextCell("#hashtag") +
-      "<table:table-cell table:formula=\"of:=&quot;x&quot;\" office:value-type=\"string\">"
-      "<text:p>x</text:p></table:table-cell>"
+      TextCell("#hashtag") + TextCell("x", " table:formula=\"of:=&quot;x&quot;\"") +
       "</table:table-row></table:table>");
-  EXPECT_EQ(RowTexts(sheet, 0), (Texts{"one   two\tthree\nnext span\nend", "0101", "covered", "2.5",
-                                       "FALSE", "no type"}));
-  EXPECT_EQ(RowTexts(sheet, 1), (Texts{"Err:502", "#N/A", "#hashtag", "x"}));
   using enum CellKind;
-  const std::vector<std::vector<CellKind>> kinds = {
-      {kText, kNumber, kText, kNumber, kBoolean, kText, kText},  // the last: an empty string
-      {kError, kError, kText, kText}};  // typed text without a formula is no error
-  for (size_t row = 0; row < kinds.size(); ++row) {
-    for (size_t column = 0; column < kinds[row].size(); ++column) {
-      EXPECT_EQ(KindAt(sheet, row, column), kinds[row][column]) << row << "," << column;
-    }
+  // Typed text without a formula is no error, and neither is a formula's text.
+  const std::pair<const char*, CellKind> cells[] = {
+      {"one   two\tthree\nnext span\nend", kText}, {"0101", kNumber}, {"covered", kText},
+      {"2.5", kNumber}, {"FALSE", kBoolean}, {"no type", kText}, {"", kText},  // an empty string
+      {"Err:502", kError}, {"#N/A", kError}, {"#hashtag", kText}, {"x", kText}};
+  ASSERT_EQ(sheet.rows.size(), 1u);
+  ASSERT_EQ(sheet.rows[0].cells.size(), std::size(cells));
+  for (size_t i = 0; i < std::size(cells); ++i) {
+    EXPECT_EQ(sheet.rows[0].cells[i].text, cells[i].first) << i;
+    EXPECT_EQ(sheet.rows[0].cells[i].kind, cells[i].second) << i;
   }
 }
 

@@ -77,39 +77,33 @@ TEST(ExcelExportTest, ItemsThatCannotRoundTripAreNamedAndTheRestIsWritten) {
 TEST(ExcelExportTest, HostileTextExportsAndImportsBack) {
   TempDir dir;
   const std::string title = "'[Sheet]: a/b\\c*d?" + std::string(40, 'T') + "'";
-  const char* names[] = {"a,\"b\"\nc", "-5%", "0012", "\xC3\x9F/\xE2\x82\xAC"};
-  const char* notes[] = {"<&>", "'", "x*y?", "=1+2"};
-  for (const std::string format : {"xlsx", "csv"}) {
-    PopupClass popup;
-    popup.Title(title);
-    popup.ReplaceLevels({{Variant("=Group;"), 1}, {Variant("#N/A \xC3\xA9"), 2}});
-    popup.ReplaceFields({{"Name", 120, 0, 1}, {"'Note'", 60, 0, 2}});
-    for (int parent = 0; parent < 2; ++parent) {
-      std::string code = "0" + std::to_string(parent + 1);
-      auto item = popup.AddItem(nullptr, FormatStoredKey(code, 2),
-                                {parent == 0 ? "'=SUM(A1)'" : "#N/A;[x]", ""});
-      for (int leaf = 0; leaf < 2; ++leaf) {
-        popup.AddItem(item, code + "0" + std::to_string(leaf + 1),
-                      {names[2 * parent + leaf], notes[2 * parent + leaf]});
-      }
-    }
-    // Through the popup's own files, as a popup made elsewhere arrives.
-    popup.PopupPath(dir.Path());
-    popup.DataSource("Hostile" + format);
-    SavePopupInTreeOrder(popup);
-    auto original = OpenPopup(dir.Path(), "Hostile" + format);
-    ASSERT_EQ(original->Title(), title);
+  PopupClass popup;
+  popup.Title(title);
+  popup.ReplaceLevels({{Variant("=Group;"), 1}, {Variant("#N/A \xC3\xA9"), 2}});
+  popup.ReplaceFields({{"Name", 120, 0, 1}, {"'Note'", 60, 0, 2}});
+  auto parent = popup.AddItem(nullptr, FormatStoredKey("01", 2), {"'=SUM(A1)'", ""});
+  const std::vector<std::string> leaves[] = {
+      {"a,\"b\"\nc", "<&>"}, {"-5%", "'"}, {"0012", "=1+2"}, {"\xC3\x9F/\xE2\x82\xAC", "x*y?"}};
+  for (size_t i = 0; i < std::size(leaves); ++i) {
+    popup.AddItem(parent, "010" + std::to_string(i + 1), leaves[i]);
+  }
+  // Through the popup's own files, as a popup made elsewhere arrives.
+  popup.PopupPath(dir.Path());
+  popup.DataSource("Hostile");
+  SavePopupInTreeOrder(popup);
+  auto original = OpenPopup(dir.Path(), "Hostile");
+  ASSERT_EQ(original->Title(), title);
 
+  testing::ScriptedMessageBox messages;
+  testing::RecordingProgress progress;
+  NoLevelPrompt no_prompt;
+  ImportUi ui{messages, progress, no_prompt};
+  for (const std::string format : {"xlsx", "csv"}) {
     const std::string path = dir.File("hostile." + format);
     ExportReport report = ExportToWorkbook(*original, path);
     ASSERT_EQ(report.rows_written, 4);
     ASSERT_TRUE(report.cannot_round_trip.empty());
-
-    testing::ScriptedMessageBox messages;
     messages.answers = {MessageAnswer::kNo};  // the sheet's structure
-    testing::RecordingProgress progress;
-    NoLevelPrompt no_prompt;
-    ImportUi ui{messages, progress, no_prompt};
     PopupClass copy;
     copy.PopupPath(dir.Path());
     copy.DataSource("Copy" + format);

@@ -15,48 +15,52 @@ namespace zephyr::excel {
 namespace {
 
 using testing::ReadBytes;
-using testing::TempDir;
 
 class NoLevels : public LevelPrompt {
  public:
   int PromptForLevels() override { return 2; }
 };
 
-// A sheet for xlsxwriter: rows of text, with the formula "=NA()" for "#N/A".
-void WriteRows(lxw_worksheet* sheet, const std::vector<std::vector<std::string>>& rows) {
-  for (size_t r = 0; r < rows.size(); ++r) {
-    for (size_t c = 0; c < rows[r].size(); ++c) {
-      if (rows[r][c] == "#N/A") {
-        worksheet_write_formula_str(sheet, static_cast<lxw_row_t>(r), static_cast<lxw_col_t>(c),
-                                    "=NA()", nullptr, "#N/A");
-      } else {
-        worksheet_write_string(sheet, static_cast<lxw_row_t>(r), static_cast<lxw_col_t>(c),
-                               rows[r][c].c_str(), nullptr);
-      }
-    }
-  }
+void OpenProducts(PopupClass& popup, const std::string& folder) {
+  testing::WriteProducts(folder);
+  popup.PopupPath(folder);
+  popup.DataSource("Products");
+  popup.OpenPopup();
 }
 
+// Every test starts with one workbook shown: its second sheet holds keys, a
+// formula giving #N/A, text out of the code page and a hidden row.
 class RunningCalcTest : public ::testing::Test {
  protected:
   static void SetUpTestSuite() { office_ = new testing::HeadlessOffice(); }
-  static void TearDownTestSuite() {
-    delete office_;
-    office_ = nullptr;
-  }
+  static void TearDownTestSuite() { delete office_; }
 
   void SetUp() override {
     if (!office_->Started()) {
       GTEST_SKIP() << "no LibreOffice (soffice) to run: install libreoffice-calc-nogui";
     }
-    pipe_ = office_->Pipe();
+    lxw_workbook* book = workbook_new(path_.c_str());
+    worksheet_write_string(workbook_add_worksheet(book, "Notes"), 0, 0, "not this sheet", nullptr);
+    lxw_worksheet* data = workbook_add_worksheet(book, "Data");
+    const char* rows[5][4] = {{"Key", "Group", "Item", "Note"},
+                              {"0101", "Fruit", "Apples", nullptr},
+                              {"0102", "Fruit", "Café crème", "x"},
+                              {"0201", "Bakery", "Hidden", "y"},
+                              {"0202", "Bakery", "Bread", "z"}};
+    for (lxw_row_t r = 0; r < 5; ++r) {
+      for (lxw_col_t c = 0; c < 4; ++c) worksheet_write_string(data, r, c, rows[r][c], nullptr);
+    }
+    worksheet_write_formula_str(data, 1, 3, "=NA()", nullptr, "#N/A");  // the note of 0101
+    lxw_row_col_options hidden = {1, 0, 0};
+    worksheet_set_row_opt(data, 3, LXW_DEF_ROW_HEIGHT, nullptr, &hidden);
+    worksheet_activate(data);
+    ASSERT_EQ(workbook_close(book), LXW_NO_ERROR);
+    office_->Show(path_, 1);
   }
 
   void TearDown() override {
-    if (office_->Started()) office_->CloseAll();  // every test starts with none open
+    if (office_->Started()) office_->CloseAll();
   }
-
-  static void Show(const std::string& path, int sheet) { office_->Show(path, sheet); }
 
   // Imports into a new popup NAME of the test folder and saves it; the
   // popup's files as bytes, or the outcome when it did not import.
@@ -64,83 +68,54 @@ class RunningCalcTest : public ::testing::Test {
     PopupClass popup;
     popup.PopupPath(dir_.Path());
     popup.DataSource(name);
-    NoLevels levels;
-    ImportUi ui{messages_, progress_, levels};
     messages_.answers = {MessageAnswer::kNo};  // a new popup takes the sheet's design
-    ImportOutcome outcome = ImportFromWorkbook(popup, source, ui);
+    ImportOutcome outcome = ImportFromWorkbook(popup, source, ui_);
     if (outcome != ImportOutcome::kImported) return "outcome " + std::to_string(int(outcome));
     return ReadBytes(dir_.File(name + ".ZPT")) + ReadBytes(dir_.File(name + ".ZPD"));
   }
 
   static inline testing::HeadlessOffice* office_ = nullptr;
-  std::string pipe_;
-  TempDir dir_;
+  const std::string pipe_ = office_->Pipe();
+  testing::TempDir dir_;
+  const std::string path_ = dir_.File("keyed.xlsx");
   testing::ScriptedMessageBox messages_;
   NoProgress progress_;
+  NoLevels levels_;
+  ImportUi ui_{messages_, progress_, levels_};
 };
 
 // Not the first sheet but the one shown, its formulas worked out, its hidden
 // rows left out, its text in the code page: as the same workbook's file.
 TEST_F(RunningCalcTest, TheShownSheetImportsAsTheSameWorkbookFileDoes) {
-  std::string path = dir_.File("keyed.xlsx");
-  lxw_workbook* book = workbook_new(path.c_str());
-  WriteRows(workbook_add_worksheet(book, "Notes"), {{"not this sheet"}});
-  lxw_worksheet* data = workbook_add_worksheet(book, "Data");
-  WriteRows(data, {{"Key", "Group", "Item", "Note"},
-                   {"0101", "Fruit", "Apples", "#N/A"},
-                   {"0102", "Fruit", "Café crème", "x"},
-                   {"0201", "Bakery", "Hidden", "y"},
-                   {"0202", "Bakery", "Bread", "z"}});
-  lxw_row_col_options hidden = {1, 0, 0};
-  worksheet_set_row_opt(data, 3, LXW_DEF_ROW_HEIGHT, nullptr, &hidden);
-  worksheet_activate(data);
-  ASSERT_EQ(workbook_close(book), LXW_NO_ERROR);
-
-  Show(path, 1);
   std::string from_calc = Imported(RunningCalc(pipe_), "FromCalc");
-  EXPECT_EQ(from_calc, Imported(SheetSource::File(path), "FromFile"));
+  EXPECT_EQ(from_calc, Imported(SheetSource::File(path_), "FromFile"));
   EXPECT_NE(from_calc.find("Caf\xE9 cr\xE8me"), std::string::npos) << "in Windows-1252";
   EXPECT_EQ(from_calc.find("Hidden"), std::string::npos);
 }
 
 TEST_F(RunningCalcTest, AnExportIsANewActiveSheetThatReadsBack) {
-  std::string path = dir_.File("open.xlsx");
-  lxw_workbook* book = workbook_new(path.c_str());
-  WriteRows(workbook_add_worksheet(book, "Sheet1"), {{"open"}});
-  ASSERT_EQ(workbook_close(book), LXW_NO_ERROR);
-  Show(path, 0);
   PopupClass popup;
-  testing::WriteProducts(dir_.Path());
-  popup.PopupPath(dir_.Path());
-  popup.DataSource("Products");
-  popup.OpenPopup();
-
+  OpenProducts(popup, dir_.Path());
   std::string sheet;
-  ExportReport report = ExportToRunningCalc(popup, &sheet, pipe_);
+  EXPECT_EQ(ExportToRunningCalc(popup, &sheet, pipe_).rows_written, 3);
   EXPECT_EQ(sheet, "Products");
   std::unique_ptr<Workbook> calc = OpenRunningCalc(pipe_);
   ASSERT_EQ(calc->Sheets().at(calc->ActiveSheet()).name, "Products");
   Sheet written = calc->ReadSheet(calc->ActiveSheet());
   std::vector<std::vector<std::string>> cells;
   for (const SheetRow& row : written.rows) {
-    cells.emplace_back();
-    for (const Cell& cell : row.cells) cells.back().push_back(cell.text);
+    auto& texts = cells.emplace_back();
+    for (const Cell& cell : row.cells) texts.push_back(cell.text);
   }
   EXPECT_EQ(cells, ExportRows(popup).rows);
-  EXPECT_EQ(report.rows_written, 3);
   ExportToRunningCalc(popup, &sheet, pipe_);
   EXPECT_EQ(sheet, "Products 2");
 }
 
 TEST_F(RunningCalcTest, NoOfficeOnThePipeIsToldAndChangesNothing) {
-  testing::WriteProducts(dir_.Path());
   PopupClass popup;
-  popup.PopupPath(dir_.Path());
-  popup.DataSource("Products");
-  popup.OpenPopup();
-  NoLevels levels;
-  ImportUi ui{messages_, progress_, levels};
-  EXPECT_FALSE(ExcelImport(popup, RunningCalc("zephyr-nobody-listens"), ui));
+  OpenProducts(popup, dir_.Path());
+  EXPECT_FALSE(ExcelImport(popup, RunningCalc("zephyr-nobody-listens"), ui_));
   ASSERT_FALSE(messages_.shown.empty());
   EXPECT_TRUE(messages_.shown.front().prompt.starts_with(
       "ZephyrPopup could not detect a loaded copy of Microsoft Excel. Please load Microsoft Excel "

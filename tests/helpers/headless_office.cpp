@@ -36,10 +36,12 @@ namespace zephyr::testing {
 namespace {
 
 namespace uno_api = ::com::sun::star;
+using uno_api::uno::Reference;
+using uno_api::uno::UNO_QUERY_THROW;
 
 constexpr const char* kOffice = "/usr/bin/soffice";
 
-uno_api::uno::Reference<uno_api::frame::XDesktop2> Desktop(const std::string& pipe) {
+Reference<uno_api::frame::XDesktop2> Desktop(const std::string& pipe) {
   static const auto local = []() {
     rtl::Bootstrap::set("URE_BOOTSTRAP", ZEPHYR_URE_BOOTSTRAP);
     return cppu::defaultBootstrap_InitialComponentContext();
@@ -49,8 +51,7 @@ uno_api::uno::Reference<uno_api::frame::XDesktop2> Desktop(const std::string& pi
       ("uno:pipe,name=" + pipe + ";urp;StarOffice.ComponentContext").c_str());
   for (int attempt = 0;; ++attempt) {
     try {
-      uno_api::uno::Reference<uno_api::uno::XComponentContext> context(
-          resolver->resolve(url), uno_api::uno::UNO_QUERY_THROW);
+      Reference<uno_api::uno::XComponentContext> context(resolver->resolve(url), UNO_QUERY_THROW);
       return uno_api::frame::Desktop::create(context);
     } catch (const uno_api::uno::Exception&) {
       if (attempt == 600) throw;  // a minute
@@ -122,28 +123,23 @@ void HeadlessOffice::Show(const std::string& path, int sheet) {
   uno_api::uno::Sequence<uno_api::beans::PropertyValue> hidden(1);
   hidden.getArray()[0].Name = "Hidden";
   hidden.getArray()[0].Value <<= true;
-  auto loaded = Desktop(pipe_)->loadComponentFromURL(
-      rtl::OUString::createFromAscii(("file://" + path).c_str()), "_blank", 0, hidden);
-  uno_api::uno::Reference<uno_api::sheet::XSpreadsheetDocument> document(
-      loaded, uno_api::uno::UNO_QUERY_THROW);
+  Reference<uno_api::sheet::XSpreadsheetDocument> document(
+      Desktop(pipe_)->loadComponentFromURL(
+          rtl::OUString::createFromAscii(("file://" + path).c_str()), "_blank", 0, hidden),
+      UNO_QUERY_THROW);
   // Formulas as a user's office shows them: worked out, not as cached in the file.
-  uno_api::uno::Reference<uno_api::sheet::XCalculatable>(document, uno_api::uno::UNO_QUERY_THROW)
-      ->calculateAll();
-  uno_api::uno::Reference<uno_api::container::XIndexAccess> sheets(document->getSheets(),
-                                                                   uno_api::uno::UNO_QUERY_THROW);
-  uno_api::uno::Reference<uno_api::sheet::XSpreadsheet> shown(sheets->getByIndex(sheet),
-                                                              uno_api::uno::UNO_QUERY_THROW);
-  uno_api::uno::Reference<uno_api::frame::XModel> model(document, uno_api::uno::UNO_QUERY_THROW);
-  uno_api::uno::Reference<uno_api::sheet::XSpreadsheetView>(model->getCurrentController(),
-                                                            uno_api::uno::UNO_QUERY_THROW)
+  Reference<uno_api::sheet::XCalculatable>(document, UNO_QUERY_THROW)->calculateAll();
+  Reference<uno_api::container::XIndexAccess> sheets(document->getSheets(), UNO_QUERY_THROW);
+  Reference<uno_api::sheet::XSpreadsheet> shown(sheets->getByIndex(sheet), UNO_QUERY_THROW);
+  Reference<uno_api::frame::XModel> model(document, UNO_QUERY_THROW);
+  Reference<uno_api::sheet::XSpreadsheetView>(model->getCurrentController(), UNO_QUERY_THROW)
       ->setActiveSheet(shown);
 }
 
 void HeadlessOffice::CloseAll() {
   auto open = Desktop(pipe_)->getComponents()->createEnumeration();
   while (open->hasMoreElements()) {
-    uno_api::uno::Reference<uno_api::util::XCloseable> document(open->nextElement(),
-                                                                uno_api::uno::UNO_QUERY);
+    Reference<uno_api::util::XCloseable> document(open->nextElement(), uno_api::uno::UNO_QUERY);
     if (document.is()) document->close(true);
   }
 }

@@ -6,7 +6,6 @@
 
 #include <sys/types.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -16,11 +15,10 @@ namespace zephyr::testing {
 
 class HeadlessOffice {
  public:
-  // Starts the office; Started() says whether there was one to start.
+  // Starts the office; Started() says whether there was one to start. Not
+  // copied: the profile folder is its own.
   HeadlessOffice();
   ~HeadlessOffice();
-  HeadlessOffice(const HeadlessOffice&) = delete;
-  HeadlessOffice& operator=(const HeadlessOffice&) = delete;
 
   bool Started() const { return process_ > 0; }
   const std::string& Pipe() const { return pipe_; }

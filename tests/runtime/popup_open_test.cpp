@@ -31,12 +31,10 @@ class PopupOpenTest : public ::testing::Test {
   }
 
   // The error OpenPopup raises for this table.
-  RuntimeError OpenFailure(const std::vector<Row>& rows, PopupClass* popup) {
+  RuntimeError OpenFailure(const std::vector<Row>& rows) {
     WritePopupFiles(dir_.Path(), "P", kFruit, rows);
-    popup->PopupPath(dir_.Path());
-    popup->DataSource("P");
     try {
-      popup->OpenPopup();
+      Open();
     } catch (const RuntimeError& error) {
       return error;
     }
@@ -72,10 +70,9 @@ TEST_F(PopupOpenTest, EachRowBecomesAnItemUnderTheItemItsKeyNames) {
     std::vector<Row> rows;
     const char* tree;
   } cases[] = {
-      {{"Only"}, {{"02", "  b", ""}, {"01", "a", "x"}}, "?Only\n1:01=a|x|\n1:02=  b| |\n"},
       {{"Group", "Item"},
-       {{"  02", "b", ""}, {"0101", "x", ""}, {"01 2", "odd", ""}, {"  01", "a", ""}},
-       "?Group\n1:  01=a| | ?Item\n2:01 2=odd| |\n2:0101=x| |\n1:  02=b| |\n"},
+       {{"  02", "  b", ""}, {"0101", "x", "y"}, {"01 2", "odd", ""}, {"  01", "a", ""}},
+       "?Group\n1:  01=a| | ?Item\n2:01 2=odd| |\n2:0101=x|y|\n1:  02=  b| |\n"},
       {{"Aisle", "Shelf", "Bin"},
        {{"010101", "Cox", ""},
         {"09  01", "orphan", ""},
@@ -143,16 +140,13 @@ TEST_F(PopupOpenTest, SourceNamesTheDataFileButNotTheTemplate) {
 }
 
 TEST_F(PopupOpenTest, LoadFailuresNameTheFile) {
-  PopupClass duplicate;
   RuntimeError error = OpenFailure(
-      {{"    01", "a", ""}, {"01  01", "b", ""}, {"01  01", "again", ""}, {"    02", "c", ""}},
-      &duplicate);
+      {{"    01", "a", ""}, {"01  01", "b", ""}, {"01  01", "again", ""}, {"    02", "c", ""}});
   EXPECT_EQ(error.Number(), 457);
   EXPECT_NE(error.Description().find("P.ZPD"), std::string::npos);
 
   // A blank own code ends the load instead of recursing forever.
-  PopupClass blank;
-  error = OpenFailure({{"    01", "a", ""}, {"01    ", "blank", ""}}, &blank);
+  error = OpenFailure({{"    01", "a", ""}, {"01    ", "blank", ""}});
   EXPECT_EQ(error.Number(), 28);
   EXPECT_NE(error.Description().find("'01    '"), std::string::npos);
   EXPECT_NE(error.Description().find("P.ZPD"), std::string::npos);

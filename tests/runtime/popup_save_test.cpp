@@ -47,10 +47,11 @@ class PopupSaveTest : public ::testing::Test {
 };
 
 // Values never read are saved as loaded, others as they now are; a changed
-// key counts as loaded once it is saved.
+// key counts as loaded once it is saved. Files in other letter case are saved
+// under their own names.
 TEST_F(PopupSaveTest, ValuesAreSavedAsLoadedOrAsChanged) {
   WritePopupFiles(dir_.Path(), "Shop", kShop,
-                  {{"  01", "Drinks"}, {"  02", "  Snacks"}, {"  03", ""}});
+                  {{"  01", "Drinks"}, {"  02", "  Snacks"}, {"  03", ""}}, "Shop.zpt", "Shop.zpd");
   auto popup = OpenShop(dir_.Path());
   auto items = popup->PopupItems();
   auto drinks = items->Item(1);
@@ -60,6 +61,7 @@ TEST_F(PopupSaveTest, ValuesAreSavedAsLoadedOrAsChanged) {
   items->Item(2)->PopupValues(std::make_shared<PopupValues>());
   SavePopupInTreeOrder(*popup);
   EXPECT_EQ(ItemAccess::LoadedKey(*drinks), "  04");
+  EXPECT_EQ(FolderListing(dir_.Path()), (std::vector<std::string>{"Shop.zpd", "Shop.zpt"}));
 
   auto again = OpenShop(dir_.Path());
   std::vector<std::string> saved;
@@ -99,16 +101,11 @@ TEST_F(PopupSaveTest, TheWorkTableHasOneColumnPerFieldAndFailuresAreReportedNotR
   EXPECT_EQ(ItemAccess::LoadedKey(*item), "01");
 }
 
-TEST_F(PopupSaveTest, FilesWithOtherLetterCaseAreSavedUnderTheirOwnNames) {
-  WritePopupFiles(dir_.Path(), "Shop", kShop, {{"  01", "Drinks"}}, "Shop.zpt", "Shop.zpd");
-  auto popup = OpenShop(dir_.Path());
-  popup->PopupItems()->Add("  02")->PopupValues()->Add("Bread");
-  SavePopupInTreeOrder(*popup);
-  EXPECT_EQ(FolderListing(dir_.Path()), (std::vector<std::string>{"Shop.zpd", "Shop.zpt"}));
-  EXPECT_EQ(OpenShop(dir_.Path())->PopupItems()->Count(), 2);
-}
-
-TEST_F(PopupSaveTest, AnIncompleteSaveLeavesTheOldFilesUntouched) {
+// The popup's files are replaced by renaming the finished work files over
+// them: never deleted first, never created or written in place, and the
+// template before the table. A save killed at any moment therefore leaves
+// each file complete, old or new; one that fails leaves them untouched.
+TEST_F(PopupSaveTest, TheOldFilesAreReplacedOnlyByRename) {
   WritePopupFiles(dir_.Path(), "Shop", kShop, {{"  01", "Drinks"}, {"0101", "Tea"}});
   std::string old_template = ReadBytes(dir_.File("Shop.ZPT"));
   std::string old_data = ReadBytes(dir_.File("Shop.ZPD"));
@@ -126,18 +123,6 @@ TEST_F(PopupSaveTest, AnIncompleteSaveLeavesTheOldFilesUntouched) {
   EXPECT_EQ(ReadBytes(dir_.File("Shop.ZPD")), old_data);
 
   // The next save clears the stale work files and goes through.
-  SavePopupInTreeOrder(*popup);
-  EXPECT_EQ(OpenShop(dir_.Path())->Title(), "Renamed");
-  EXPECT_EQ(FolderListing(dir_.Path()), (std::vector<std::string>{"Shop.ZPD", "Shop.ZPT"}));
-}
-
-// The popup's files are replaced by renaming the finished work files over
-// them: never deleted first, never created or written in place, and the
-// template before the table. A save killed at any moment therefore leaves
-// each file complete, old or new.
-TEST_F(PopupSaveTest, TheOldFilesAreReplacedOnlyByRename) {
-  WritePopupFiles(dir_.Path(), "Shop", kShop, {{"  01", "Drinks"}, {"0101", "Tea"}});
-  auto popup = OpenShop(dir_.Path());
   int watch = ::inotify_init1(IN_NONBLOCK);
   ASSERT_GE(watch, 0);
   ASSERT_GE(::inotify_add_watch(watch, dir_.Path().c_str(),
@@ -159,6 +144,8 @@ TEST_F(PopupSaveTest, TheOldFilesAreReplacedOnlyByRename) {
   EXPECT_EQ(events["Shop.ZPT"], uint32_t{IN_MOVED_TO});
   EXPECT_EQ(events["Shop.ZPD"], uint32_t{IN_MOVED_TO});
   EXPECT_EQ(renamed_to, (std::vector<std::string>{"Shop.ZPT", "Shop.ZPD"}));
+  EXPECT_EQ(OpenShop(dir_.Path())->Title(), "Renamed");
+  EXPECT_EQ(FolderListing(dir_.Path()), (std::vector<std::string>{"Shop.ZPD", "Shop.ZPT"}));
 }
 
 // Another program's save, or another process appending to the table as
