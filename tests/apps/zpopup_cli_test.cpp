@@ -10,7 +10,6 @@
 
 #include "helpers/popup_files.h"
 #include "helpers/temp_dir.h"
-#include "options.h"
 #include "run.h"
 #include "usage_error.h"
 
@@ -106,18 +105,6 @@ TEST_F(ZpopupCliTest, SuccessAndProblemsFoundHaveTheirOwnCodes) {
   // A sheet without keys, no --levels and nobody at a terminal to ask.
   Outcome asked = Zpopup({"import", Sheet(), dir_.File("New")});
   EXPECT_EQ(asked.code, kProblemsFound) << asked.err;
-}
-
-TEST(ParsedOptionsTest, ValuesSwitchesAndTheStandardStreamsDash) {
-  ParsedOptions options({"in.csv", "--levels=3", "-", "--field", "A:2", "--field", "B:4",
-                         "--strict"},
-                        {{"--levels", true}, {"--field", true}, {"--strict", false}});
-  EXPECT_EQ(options.Positional(), (std::vector<std::string>{"in.csv", "-"}));
-  EXPECT_EQ(options.Value("--levels"), "3");
-  EXPECT_EQ(options.Values("--field"), (std::vector<std::string>{"A:2", "B:4"}));
-  EXPECT_EQ(options.Value("--field"), "B:4");  // the last one given
-  EXPECT_TRUE(options.Has("--strict"));
-  EXPECT_FALSE(options.Value("--title"));
 }
 
 }  // namespace

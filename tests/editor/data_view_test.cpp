@@ -364,28 +364,6 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
     QVERIFY(!Child<QAction>("mnuPaste")->isEnabled());
   }
 
-  // Unsaved work follows the history: undoing back to where the last save
-  // (or the opening) left it is no unsaved work; leaving the data view with
-  // edits in the history keeps them unsaved.
-  void unsavedWorkFollowsTheHistorysSavedPlace() {
-    Open();
-    QSignalSpy modified(editor.get(), &zephyr::editor::PopupControlEdit::modifiedChanged);
-    Grid()->setCurrentIndex(Grid()->model()->index(0, 0));
-    QTest::keyClick(Grid(), Qt::Key_F1);
-    QVERIFY(editor->Modified());
-    editor->undo();
-    QVERIFY(!editor->Modified());
-    editor->redo();
-    dialog->answers = {dir->File("Saved.zpt")};
-    QVERIFY(editor->SaveChanges(true));
-    QVERIFY(!editor->Modified());
-    editor->undo();
-    QVERIFY(editor->Modified());  // the saved popup has the item
-    editor->redo();
-    QVERIFY(!editor->Modified());
-    QCOMPARE(modified.count(), 6);
-  }
-
   // Moving trades codes with the neighbour, branches included; undo trades back.
   void movesTradeCodesWithTheNeighbour() {
     Open();
