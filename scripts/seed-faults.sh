@@ -27,6 +27,8 @@
 #    replaced together, so two lines can trade places)
 #   tests: REGEX                 the ctest -R pattern of the tests that should catch
 #                                it (none given: the whole suite)
+#   build: TARGET...             the build targets those tests need (none given:
+#                                everything), to keep each round short
 #   expect: NAME | NONE          the test believed to catch it, or NONE
 #   note: TEXT                   what the fault is
 set -uo pipefail
@@ -79,7 +81,7 @@ trap 'restore; rm -rf "$work"' EXIT
 
 # --- Reading the list --------------------------------------------------------
 
-ids=() files=() patterns=() expects=() notes=()
+ids=() files=() patterns=() expects=() notes=() targets=()
 n=-1
 pending_find=""
 have_find=false
@@ -99,7 +101,7 @@ while IFS= read -r line || [ -n "$line" ]; do
     id)
       $have_find && list_error "$line_no" "fault ${ids[n]} ends after a find without its replace"
       n=$((n + 1))
-      ids[n]=$value files[n]="" patterns[n]="" expects[n]="" notes[n]=""
+      ids[n]=$value files[n]="" patterns[n]="" expects[n]="" notes[n]="" targets[n]=""
       : > "$work/$n.edits"
       ;;
     file) files[n]=$value ;;
@@ -114,6 +116,7 @@ while IFS= read -r line || [ -n "$line" ]; do
       have_find=false
       ;;
     tests) patterns[n]=$value ;;
+    build) targets[n]=$value ;;
     expect) expects[n]=$value ;;
     note) notes[n]=$value ;;
     *) list_error "$line_no" "unknown key '$key'" ;;
@@ -237,7 +240,10 @@ for i in $(seq 0 "$n"); do
   echo "== ${ids[i]}: ${notes[i]}"
   current_file=$file
   apply_fault "$i"
-  if ! cmake --build "$build_dir" -j2 > "$logs/${ids[i]}.build.log" 2>&1; then
+  build_targets=()
+  # shellcheck disable=SC2206
+  if ! $run_all && [ -n "${targets[i]}" ]; then build_targets=(--target ${targets[i]}); fi
+  if ! cmake --build "$build_dir" -j2 "${build_targets[@]}" > "$logs/${ids[i]}.build.log" 2>&1; then
     results[i]=BUILD-FAILED
   else
     filter=()
