@@ -194,13 +194,11 @@ class ZpopupEditTest : public QObject {
     QCOMPARE(children->Count(), 1);
   }
 
-  // The Edit menu shows the keys; a command that raises is told, not thrown.
+  // The Edit menu shows the keys the outline takes; a command that raises is
+  // told, not thrown.
   void editMenuShowsItsKeysAndSurvivesARaisingCommand() {
     QMenu* edit = Menu("menuEdit");
-    QVERIFY(ActionNamed(edit, "&Copy Item")->text().endsWith("\tCtrl+C"));
     QVERIFY(ActionNamed(edit, "&Paste")->text().endsWith("\tCtrl+V"));
-    QVERIFY(ActionNamed(edit, "&Delete")->text().endsWith("\tDel"));
-    QVERIFY(ActionNamed(edit, "&Find")->text().endsWith("\tCtrl+F"));
 
     auto keys = std::make_shared<zephyr::testing::ScriptedKeyPrompt>();
     keys->answers = {"100"};  // cut to 10, the code of Fruit
