@@ -217,7 +217,6 @@ class ZpopupEditTest : public QObject {
     QTest::addColumn<int>("code");
     QTest::addColumn<QString>("said");
     QTest::newRow("unknown option") << QStringList{"--bogus"} << 2 << "Unknown option 'bogus'";
-    QTest::newRow("value missing") << QStringList{"--view"} << 2 << "Missing value after '--view'";
     QTest::newRow("view") << QStringList{"--view", "sideways", "Products"} << 2
                           << "--view takes design or data";
     QTest::newRow("two popups") << QStringList{"Products", "Other"} << 2
