@@ -171,8 +171,9 @@ class ZpopupEditTest : public QObject {
     QCOMPARE(Menu("menuRecent")->actions().size(), 1);
   }
 
-  // Edit > Undo and Redo name the command and answer their keys.
-  void undoAndRedoAreNamedAndTakeTheirKeys() {
+  // Edit > Undo and Redo name the command and answer their keys; the menu
+  // shows the keys the outline takes; a command that raises is told, not thrown.
+  void editMenuUndoesByNameAndKeyAndSurvivesARaisingCommand() {
     QMenu* edit = Menu("menuEdit");
     QAction* undo = ActionNamed(edit, "&Undo");
     QVERIFY(!undo->isEnabled());
@@ -192,19 +193,14 @@ class ZpopupEditTest : public QObject {
     QTest::keySequence(Outline(), QKeySequence(Qt::CTRL | Qt::Key_Z));
     QTest::keySequence(Outline(), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z));
     QCOMPARE(children->Count(), 1);
-  }
 
-  // The Edit menu shows the keys the outline takes; a command that raises is
-  // told, not thrown.
-  void editMenuShowsItsKeysAndSurvivesARaisingCommand() {
-    QMenu* edit = Menu("menuEdit");
     QVERIFY(ActionNamed(edit, "&Paste")->text().endsWith("\tCtrl+V"));
 
     auto keys = std::make_shared<zephyr::testing::ScriptedKeyPrompt>();
     keys->answers = {"100"};  // cut to 10, the code of Fruit
     window_->Editor()->SetNewKeyPrompt(keys);
     window_->findChild<QComboBox*>("cboStep")->setEditText("90");
-    Outline()->setCurrentIndex(Outline()->model()->index(0, 0, Outline()->model()->index(0, 0)));
+    Outline()->setCurrentIndex(fruit);
     ActionNamed(edit, "Add &Sibling")->trigger();
     QCOMPARE(messages_->shown.back().prompt.substr(0, 21), std::string("Run-time error '457':"));
     QCOMPARE(window_->Editor()->Popup()->PopupItems()->Count(), 2);
