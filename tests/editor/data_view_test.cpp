@@ -247,9 +247,7 @@ class DataViewTest : public QObject, zephyr::testing::EditorFixture {
   // while the runtime refuses each with a duplicate key: the user is told, the
   // popup and the outline stay as they were, and the host's call still raises.
   void aRaisingRuntimeNeverEndsTheHost() {
-    zephyr::testing::PopupDesign design;
-    design.questions = {"Group", "Item"};
-    design.fields = {{"Name", 10}};
+    const zephyr::testing::PopupDesign design{"Test", {"Group", "Item"}, {{"Name", 10}}};
     std::vector<zephyr::testing::Row> rows;
     for (const char* code : {"10", "20", "30", "40", "50", "60", "70", "80", "90"}) {
       rows.push_back({std::string("  ") + code, "Group"});
