@@ -184,6 +184,14 @@ TEST(PutTableValuesTest, ArraysOfTheWrongShapeAreRefused) {
     Variant values(outer);
     EXPECT_EQ(ErrorNumberOf([&] { table.PutTableValues(values); }), number);
   }
+  // The batch mode stays on: appends no longer reach the header on disk, so
+  // both land in the slot after the last record on disk.
+  for (const char* key : {"01", "02"}) {
+    table.InitRecord();
+    table.Value(1, key);
+    table.PutRecord(0);
+  }
+  EXPECT_EQ(testing::Le32(ReadBytes(path), 4), 0u);
 }
 
 }  // namespace
