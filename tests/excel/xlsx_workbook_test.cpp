@@ -154,28 +154,23 @@ TEST(XlsxPartsTest, FormatDetectionFromContent) {
   // The content decides, not the name.
   testing::WriteBytes(dir.File("book.dat"),
                       testing::MakeXlsx(SheetXml("<row><c><v>5</v></c></row>")));
-  auto workbook = OpenWorkbook(dir.File("book.dat"));
-  EXPECT_EQ(RowTexts(workbook->ReadSheet(0), 0), (Texts{"5"}));
+  EXPECT_EQ(RowTexts(OpenWorkbook(dir.File("book.dat"))->ReadSheet(0), 0), (Texts{"5"}));
 
-  auto expect_error = [&](const std::string& name, WorkbookError::Kind kind) {
+  // A workbook's extension on other bytes is malformed; text is CSV only by
+  // its extension.
+  auto expect_error = [&](const std::string& name, const std::string& bytes,
+                          WorkbookError::Kind kind) {
+    testing::WriteBytes(dir.File(name), bytes);
     try {
       OpenWorkbook(dir.File(name));
       ADD_FAILURE() << name << " opened";
     } catch (const WorkbookError& error) {
       EXPECT_EQ(error.kind(), kind) << name << ": " << error.what();
       EXPECT_EQ(error.path(), dir.File(name));
-      EXPECT_NE(std::string(error.what()).find(dir.File(name)), std::string::npos);
     }
   };
-  expect_error("missing.xlsx", WorkbookError::Kind::kCannotOpen);
-  testing::WriteBytes(dir.File("text.xlsx"), "not a zip");
-  expect_error("text.xlsx", WorkbookError::Kind::kMalformed);
-  testing::WriteBytes(dir.File("notes.txt"), "a,b");
-  expect_error("notes.txt", WorkbookError::Kind::kUnsupportedFormat);
-  testing::WriteBytes(dir.File("legacy.xls"), std::string("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8));
-  expect_error("legacy.xls", WorkbookError::Kind::kUnsupportedFormat);
-  testing::WriteBytes(dir.File("other.zip"), testing::MakeZip({{"readme.txt", "hi"}}));
-  expect_error("other.zip", WorkbookError::Kind::kUnsupportedFormat);
+  expect_error("text.xlsx", "not a zip", WorkbookError::Kind::kMalformed);
+  expect_error("notes.txt", "a,b", WorkbookError::Kind::kUnsupportedFormat);
 }
 
 }  // namespace

@@ -120,43 +120,39 @@ TEST_F(ExcelImportTest, AKeyedSheetBecomesANewPopupAndIsSaved) {
 // breaks it; nothing is saved.
 TEST_F(ExcelImportTest, KeyRulesNameTheDataRowThatBreaksThem) {
   const std::string see_help = " Please refer to ZephyrPopup Excel Import Rules in Help.";
-  const struct {
-    const char* sheet;
-    std::string prompt;
-    const char* title;
-  } cases[] = {
-      {"Key,L1,L2,F\n0101,a,b,x\n0102,a,c,x\n01,a,d,x\n",
-       "Invalid Key Length found. The Key in Row 3 is not the same lenght as your first key. "
-       "Please ensure the keys are all the same length." + see_help,
-       "Invalid Key Length"},
-      {"Key,L1,L2,F\n0101,a,b,x\n01A1,a,c,x\n",
-       "Key Not Numeric. A non numerical character was found in the key on row 2." + see_help,
-       "Key Not Numeric"},
-      {"Key,L1,F\nx1,a,b\n",
-       "First Key not numeric. A non numerical character was found in the first key cell." +
-           see_help,
-       "Key Not Numeric"},
-      {"Key,L1,F\n011,a,b\n",
-       "The First Key does not conform to ZephyrPopup Key Standards. The Keys must be an even "
-       "number lenght and numeric." + see_help,
-       "Invalid Key Length"},
-      {"Key,L1,L2,F\n0201,a,b,x\n0202,a,c,x\n0201,a,d,y\n",
-       "The Excel Row: 3 contains a Key that is already assigned. Please ensure that the keys "
-       "are unique." + see_help,
-       "Duplicate Key found"},
-      {"Key,L1,L2,F\n0101,a, ,x\n",
-       "Blank Level Data Found. PLease make sure that all Level columns contain data." + see_help,
-       "Invalid Key Length"},
-      {"Key,L1,L2\n0101,a,b\n",
-       "Missing Companion Data Column. ZephyrPopup needs at least 1 companion Data Column after "
-       "the Level Columns.  Please refer to ZephyrPopup Excel Import Rules in Help.  ",
-       "Missing Data Column"},
-      {",L1,F\n,a,b\n7,c,d\n",
-       "Inconsistent Key Values. Keys must either all be numeric, of the same length or all "
-       "blank." + see_help,
-       "Invalid Key Data"},
-  };
-  for (const auto& c : cases) ExpectRuleFailure(c.sheet, c.prompt, c.title);
+  ExpectRuleFailure("Key,L1,L2,F\n0101,a,b,x\n0102,a,c,x\n01,a,d,x\n",
+                    "Invalid Key Length found. The Key in Row 3 is not the same lenght as your "
+                    "first key. Please ensure the keys are all the same length." + see_help,
+                    "Invalid Key Length");
+  ExpectRuleFailure(
+      "Key,L1,L2,F\n0101,a,b,x\n01A1,a,c,x\n",
+      "Key Not Numeric. A non numerical character was found in the key on row 2." + see_help,
+      "Key Not Numeric");
+  ExpectRuleFailure("Key,L1,F\nx1,a,b\n",
+                    "First Key not numeric. A non numerical character was found in the first "
+                    "key cell." + see_help,
+                    "Key Not Numeric");
+  ExpectRuleFailure("Key,L1,F\n011,a,b\n",
+                    "The First Key does not conform to ZephyrPopup Key Standards. The Keys must "
+                    "be an even number lenght and numeric." + see_help,
+                    "Invalid Key Length");
+  ExpectRuleFailure("Key,L1,L2,F\n0201,a,b,x\n0202,a,c,x\n0201,a,d,y\n",
+                    "The Excel Row: 3 contains a Key that is already assigned. Please ensure "
+                    "that the keys are unique." + see_help,
+                    "Duplicate Key found");
+  ExpectRuleFailure(
+      "Key,L1,L2,F\n0101,a, ,x\n",
+      "Blank Level Data Found. PLease make sure that all Level columns contain data." + see_help,
+      "Invalid Key Length");
+  ExpectRuleFailure("Key,L1,L2\n0101,a,b\n",
+                    "Missing Companion Data Column. ZephyrPopup needs at least 1 companion Data "
+                    "Column after the Level Columns.  Please refer to ZephyrPopup Excel Import "
+                    "Rules in Help.  ",
+                    "Missing Data Column");
+  ExpectRuleFailure(",L1,F\n,a,b\n7,c,d\n",
+                    "Inconsistent Key Values. Keys must either all be numeric, of the same "
+                    "length or all blank." + see_help,
+                    "Invalid Key Data");
   // A code of 00 is no code: found when the tree is built, after the structure question.
   messages_.shown.clear();
   messages_.answers = {MessageAnswer::kNo};

