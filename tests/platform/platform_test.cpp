@@ -90,7 +90,8 @@ class PlatformTest : public QObject {
         }
       });
       Message message{.prompt = "Line one\r\nLine <b>two</b>", .buttons = c.buttons,
-                      .title = c.title, .icon = c.icon, .default_button = c.default_button};
+                      .title = c.title, .icon = c.icon, .default_button = c.default_button,
+                      .help_file = {}, .help_context = 0, .button_texts = {}};
       QVERIFY2(message_box.Show(message) == c.answer, c.name);
     }
   }
