@@ -51,9 +51,10 @@ std::string MarkOf(const std::string& path) {
 std::string OwnerText(const PopupClass& popup, const std::string& path, const std::string& file) {
   std::string text = LockOwner::Current().Format() + "\n" + path + "\n" + file + "\n";
   std::string folder = WithTrailingSlash(popup.PopupPath());
+  const bool changed = popup.ChangedOnDisk();
   for (const std::string& name : {popup.TemplateFileName(), popup.DataFileName()}) {
     std::string full = popup.DataSource().empty() ? std::string() : folder + name;
-    text += full + "\n" + (popup.ChangedOnDisk() ? "changed" : MarkOf(full)) + "\n";
+    text += full + "\n" + (changed ? "changed" : MarkOf(full)) + "\n";
   }
   return text;
 }

@@ -192,12 +192,12 @@ void ReplayWhole(PopupClass& popup, Reader& in) {
 
 }  // namespace
 
-void EditRecord::Value(PopupClass& popup, const PopupItem& item, int32_t position) {
+void EditRecord::Value(PopupClass& popup, PopupItem& item, int32_t position) {
   Writer out(bytes_);
   bytes_ += kValue;
   WritePlace(out, PlaceOf(popup, item));
   out.Number(static_cast<uint32_t>(position));
-  auto values = const_cast<PopupItem&>(item).PopupValues();
+  auto values = item.PopupValues();
   out.Text(position <= values->Count() ? values->Item(Variant(position))->Value() : "");
 }
 

@@ -19,7 +19,7 @@ namespace zephyr {
 class EditRecord {
  public:
   // Value `position` (1-based, as PopupValues counts) of the item, as it is now.
-  void Value(PopupClass& popup, const PopupItem& item, int32_t position);
+  void Value(PopupClass& popup, PopupItem& item, int32_t position);
   // The item's own two-digit code as it is now; its branch's keys follow it.
   void Code(PopupClass& popup, const PopupItem& item);
   // An item taken out of its sibling list, by the place it had.
